@@ -1,0 +1,1 @@
+#include "tool/certificate_exchange.h"

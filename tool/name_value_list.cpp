@@ -1,0 +1,1 @@
+#include "tool/name_value_list.h"

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+
+namespace vexil {
+class JsonValue;
+}
+
+// Everything the program writes to standard output: one document, on one line.
+
+/// What a fatal error is about; the numbers go to the caller.
+enum FatalErrorCode : std::int32_t {
+    EnvironmentError = 100, ///< reading, the library, the plugin, or a reply that does not parse
+    ContentError = 102,     ///< the request, or what a parsed reply holds
+};
+
+/// Writes @p aDocument and a line end to standard output and flushes it. Ends the process with
+/// status 2, without a message, if that fails. A pipe without a reader is such a failure, not a
+/// signal.
+void printJson(const vexil::JsonValue& aDocument);
+
+/// Writes {"error":[{"name":"errorCode","value":aCode},{"name":"errorMessage","value":aMessage}]}
+/// and ends the process with status 2. Releases nothing.
+[[noreturn]] void fatalError(std::int32_t aCode, const char* aMessage);
+
+/// The same with a message formatted as printf does.
+[[noreturn]] void fatalErrorFormat(std::int32_t aCode, const char* aFormat, ...);

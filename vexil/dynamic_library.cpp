@@ -1,0 +1,1 @@
+#include "vexil/dynamic_library.h"

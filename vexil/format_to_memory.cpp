@@ -1,0 +1,1 @@
+#include "vexil/format_to_memory.h"

@@ -1,0 +1,1 @@
+#include "vexil/json/big_unsigned.h"

@@ -1,0 +1,1 @@
+#include "vexil/json/decimal_conversion.h"

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+
+namespace vexil {
+
+/// Parameters of a binary floating-point format.
+struct BinaryFloatFormat {
+    std::int32_t minExponent;
+    std::int32_t maxExponent;
+    std::int32_t bias;
+    std::int32_t mantissaBits;       ///< the hidden bit included
+    std::int32_t maxDigits;          ///< significant decimal digits taken into account
+    std::int32_t maxDecimalExponent; ///< of the first significant digit; above it: overflow
+    std::int32_t minDecimalExponent; ///< digits plus decimal exponent below it: underflow
+};
+
+/// IEEE 754 binary64.
+inline constexpr BinaryFloatFormat doubleFormat{-1021, 1024, 1023, 53, 17, 308, -324};
+
+/// Converts decimal text to the nearest double, ties to even, exactly, from its first 17
+/// significant digits; further digits are dropped. Called like strtod: leading white space and a
+/// sign are skipped, 'e' and 'E' start an exponent, @p aEnd (if not null) receives the place behind
+/// the number, or @p aText with the result +0.0 where there is none. The point is '.' and white
+/// space the six ASCII characters, whatever the locale.
+///
+/// Overflow gives an infinity and underflow to zero a zero, of the text's sign, both with errno set
+/// to ERANGE; errno is otherwise left as it was. A subnormal is no error. An exponent that leaves
+/// 32 bits, alone or together with the digits, is a range error by its sign, even of a zero.
+double strToDouble(const char* aText, const char** aEnd);
+
+/// The same for a @p aFormat; only doubleFormat is supported. Returns the end and stores the value.
+const char* decimalToBinaryFloat(double* aResult, const char* aText,
+                                 const BinaryFloatFormat& aFormat);
+
+} // namespace vexil

@@ -1,0 +1,1 @@
+#include "vexil/json/json_parser.h"

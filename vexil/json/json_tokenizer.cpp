@@ -1,0 +1,1 @@
+#include "vexil/json/json_tokenizer.h"

@@ -1,0 +1,1 @@
+#include "vexil/json/powers_of_five.h"

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <cstdarg>
+#include <cstddef>
+#include <cstdint>
+
+/// Every call to the operating system that the library and the program make. One of windows.cpp and
+/// posix.cpp defines them, with the same contract; error numbers are those of the Windows loader.
+namespace vexil::platform {
+
+using ModuleHandle = void*; ///< null: no module
+
+inline constexpr long errorOutOfMemory = 8;
+inline constexpr long errorModuleNotFound = 126;
+inline constexpr long errorSymbolNotFound = 127;
+inline constexpr long errorNotALibrary = 193;
+
+/// Loads the library as the system's loader does, by a name in the active code page; an empty name
+/// is not found. On failure returns null and sets @p aError.
+ModuleHandle openModule(const char* aFileName, long& aError);
+
+/// Writes the module's absolute file name in UTF-16 to @p aDest, cut at @p aSize units and
+/// terminated by a zero unit only if it is shorter. Returns the units written; 0 with @p aError set
+/// on failure.
+std::uint32_t getModuleFileName(ModuleHandle aModule, std::uint16_t* aDest, std::uint32_t aSize,
+                                long& aError);
+
+/// The address of an exported symbol; null with @p aError set if there is none.
+void* findSymbol(ModuleHandle aModule, const char* aName, long& aError);
+
+void closeModule(ModuleHandle aModule);
+
+/// Converts @p aLen bytes (1 or more) from the active code page to UTF-16. With a null @p aDest
+/// only counts. Returns the number of units; 0 for bytes that are not valid in the code page, and
+/// where
+/// @p aUnits units do not suffice.
+/// On POSIX the active code page is the character set of the environment's LC_CTYPE; the process's
+/// own locale is neither used nor changed.
+std::int32_t activeCodePageToUtf16(const char* aBytes, std::int32_t aLen, std::uint16_t* aDest,
+                                   std::int32_t aUnits);
+
+/// The runtime's snprintf and vsnprintf, whichever of the two truncation behaviours they have.
+int formatBounded(char* aDest, std::size_t aSize, const char* aFormat, ...);
+int formatBoundedArguments(char* aDest, std::size_t aSize, const char* aFormat,
+                           std::va_list aArguments);
+
+/// Makes sure that no file opened later takes the place of a closed standard stream: a closed one
+/// stays unusable, so reading or writing it goes on failing.
+void reserveStandardStreams();
+
+/// While it lives, writing to a pipe without a reader is an error of the call, not a signal that
+/// ends the process. The process's signal settings are left alone: the signal is held back in this
+/// thread and what was raised meanwhile is taken away again.
+class BrokenPipeGuard {
+public:
+    BrokenPipeGuard();
+    ~BrokenPipeGuard();
+    BrokenPipeGuard(const BrokenPipeGuard&) = delete;
+    BrokenPipeGuard& operator=(const BrokenPipeGuard&) = delete;
+
+private:
+    bool mRelease; ///< this guard holds the signal back and must let it go
+};
+
+} // namespace vexil::platform

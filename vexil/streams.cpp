@@ -1,0 +1,1 @@
+#include "vexil/streams.h"

@@ -1,0 +1,1 @@
+#include "vexil/unicode_strings.h"

@@ -1,0 +1,150 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace vexil {
+
+/// What the bytes given to UnicodeString32::assignOctets() are.
+/// The codes 5 and 7 have no name of their own and mean the same as 2 and 6.
+enum OctetEncoding : std::int32_t {
+    Latin1 = 0,        ///< ISO 8859-1
+    Utf8 = 1,          ///< strict UTF-8
+    PdfTextString = 2, ///< UTF-16BE or UTF-8 after a byte order mark, else PDFDocEncoding
+    Windows1252 = 3,   ///< Windows code page 1252; undefined bytes become '?'
+    WindowsAnsi = 4,   ///< the system's active code page
+    PdfTextStringWithLanguage = 6, ///< as PdfTextString, language escapes kept
+};
+
+/// What the two string classes share: validation of code points and of UTF-16 units.
+class UnicodeStringBase {
+public:
+    virtual ~UnicodeStringBase() = default;
+
+    /// Throws EncodingError "UnicodeStringBase::checkUTF32(): code out of range" at the first code
+    /// above 0x10FFFF. Surrogates pass.
+    static void checkUTF32(const std::uint32_t* aCodes, std::uint32_t aCount);
+
+    /// The number of code points in @p aCount UTF-16 units. Throws EncodingError
+    /// "UnicodeStringBase::lengthForUTF32(): missing trail surrogate" or
+    /// "UnicodeStringBase::lengthForUTF32(): missing lead surrogate".
+    static std::uint32_t lengthForUTF32(const std::uint16_t* aUnits, std::uint32_t aCount);
+
+protected:
+    UnicodeStringBase() = default;
+    UnicodeStringBase(const UnicodeStringBase&) = delete;
+    UnicodeStringBase& operator=(const UnicodeStringBase&) = delete;
+};
+
+/// A growing sequence of Unicode code points, one 32-bit unit each, followed by a zero unit that is
+/// not counted. May hold U+0000. At most 67108861 code points where it has to grow: growing past
+/// that throws Overflow "UnicodeString32::alloc(): string too long". A failed operation leaves the
+/// content as it was, unless said otherwise. Owns its block; neither copied nor assigned.
+class UnicodeString32 : public UnicodeStringBase {
+public:
+    UnicodeString32() = default;
+    /// As assignOctets() on an empty string.
+    UnicodeString32(std::int32_t aEncoding, const std::string& aBytes);
+    /// As assignUtf16() on an empty string.
+    UnicodeString32(const std::uint16_t* aUnits, std::uint32_t aCount);
+    ~UnicodeString32() override;
+
+    /// Makes room for @p aCount code points.
+    void reserve(std::uint32_t aCount);
+    /// Empties the string and keeps its room.
+    void clear();
+    void swap(UnicodeString32& aOther) noexcept;
+
+    /// The code points, zero-terminated also when there is none; valid until the string changes.
+    const std::uint32_t* getData() const;
+    std::uint32_t getLength() const { return mLength; }
+
+    /// Adds one code point. Throws what checkUTF32() throws; surrogates are taken.
+    void append(std::uint32_t aCode);
+
+    /// Replaces the content by the UTF-8 text. Throws EncodingError
+    /// "UnicodeString32::assignUtf8(): truncated" or "UnicodeString32::assignUtf8(): invalid code"
+    /// (overlong forms, surrogates and codes above U+10FFFF included), Overflow for 67108862 bytes
+    /// or more.
+    void assignUtf8(const void* aBytes, std::size_t aLen);
+    void assignUtf8(const std::string& aBytes) { assignUtf8(aBytes.data(), aBytes.size()); }
+
+    /// Throws exactly what assignUtf8() of an empty string throws for these bytes, without building
+    /// the code points and without allocating.
+    static void checkUtf8(const void* aBytes, std::size_t aLen);
+
+    /// Replaces the content by the decoded UTF-16 units. Throws what lengthForUTF32() throws.
+    void assignUtf16(const std::uint16_t* aUnits, std::uint32_t aCount);
+
+    /// Replaces the content by the bytes decoded as the OctetEncoding @p aEncoding says; any other
+    /// code throws InvalidArgument "UnicodeString32::assignOctets(): unknown encoding".
+    void assignOctets(std::int32_t aEncoding, const void* aBytes, std::size_t aLen);
+
+    /// Each byte is the code point of equal value.
+    void assignLatin1(const void* aBytes, std::size_t aLen);
+    /// A byte that the code page leaves undefined becomes '?'. Empties the string before it may
+    /// fail.
+    void assignWindows1252(const void* aBytes, std::size_t aLen);
+    /// Throws what UnicodeString16::assignWindowsANSI() throws.
+    void assignWindowsANSI(const void* aBytes, std::size_t aLen);
+    /// A text string as PDF defines it. Language escapes (U+001B, two or four letters, U+001B) are
+    /// left out unless @p aKeepLanguageEscapes; a malformed one empties a UTF-16 text and cuts a
+    /// UTF-8 text, without an error. On failure the string is left empty.
+    void assignPdfTextString(const void* aBytes, std::size_t aLen, bool aKeepLanguageEscapes);
+    /// Appends the bytes decoded by PDFDocEncoding; undefined bytes become '?'.
+    void assignPdfDocEncoding(const void* aBytes, std::size_t aLen);
+
+    /// The content as UTF-8. Throws EncodingError "UnicodeString32::asUtf8(): reserved code" for a
+    /// surrogate, "UnicodeString32::asUtf8(): code out of range" above U+10FFFF.
+    std::string asUtf8() const;
+
+    /// Appends the UTF-8 form of one code point to @p aDest; throws what asUtf8() throws.
+    static void appendUtf8(std::string& aDest, std::uint32_t aCode);
+
+protected:
+    /// Makes room for @p aCount code points and the terminator, and writes neither.
+    void alloc(std::uint32_t aCount);
+
+private:
+    std::uint32_t* mBuffer = nullptr; ///< from realloc, owned
+    std::uint32_t mLength = 0;
+    std::uint32_t mCapacity = 0; ///< in units
+};
+
+/// A zero-terminated sequence of UTF-16 code units; pairing is not checked here. At most 134217725
+/// units where it has to grow: growing past that throws Overflow
+/// "UnicodeString16::alloc(): string too long". A failed operation leaves the content as it was.
+class UnicodeString16 : public UnicodeStringBase {
+public:
+    UnicodeString16() = default;
+    /// Copies the units before the first zero unit.
+    explicit UnicodeString16(const std::uint16_t* aUnits);
+    ~UnicodeString16() override;
+
+    /// Replaces the content by the units before the first zero unit.
+    void assign(const std::uint16_t* aUnits);
+
+    /// Replaces the content by the bytes converted from the system's active code page; no bytes
+    /// empty the string. Throws Overflow "UnicodeString16::assignWindowsANSI(): string too long"
+    /// past 2147483647 bytes, EncodingError "UnicodeString16::assignWindowsANSI():
+    /// MultiByteToWideChar() failed" for invalid bytes.
+    void assignWindowsANSI(const void* aBytes, std::size_t aLen);
+
+    void swap(UnicodeString16& aOther) noexcept;
+
+    /// The units, zero-terminated also when there is none; valid until the string changes.
+    const std::uint16_t* getData() const;
+    std::uint32_t getLength() const { return mLength; }
+
+protected:
+    /// Makes room for @p aCount units and the terminator, and writes neither.
+    void alloc(std::uint32_t aCount);
+
+private:
+    std::uint16_t* mBuffer = nullptr; ///< from realloc, owned
+    std::uint32_t mLength = 0;
+    std::uint32_t mCapacity = 0; ///< in units
+};
+
+} // namespace vexil
