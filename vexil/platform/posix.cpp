@@ -1,1 +1,279 @@
 #include "vexil/platform/platform.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <filesystem>
+#include <limits>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <iconv.h>
+#include <langinfo.h>
+#include <link.h>
+#include <locale.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace vexil::platform {
+namespace {
+
+// ---- Libraries
+
+bool isOtherThanFile(const char* aFileName) {
+    struct stat status;
+    return stat(aFileName, &status) == 0 && !S_ISREG(status.st_mode);
+}
+
+bool exists(const std::string& aFileName) {
+    struct stat status;
+    return stat(aFileName.c_str(), &status) == 0;
+}
+
+bool contains(std::string_view aText, std::string_view aPart) {
+    return aText.find(aPart) != std::string_view::npos;
+}
+
+// The GNU loader has no error numbers, only a text "FILE: PROBLEM", where FILE is what it could not
+// load: the library, or one that the library needs. So the number comes from what FILE is:
+//   - a name without a slash: it was searched for and not found           -> not found
+//   - a path where no file is                                             -> not found
+//   - a file, whatever is wrong with it (no ELF, another processor, ...)  -> not a loadable library
+// and from PROBLEM in the two cases that have nothing to do with the file itself: no memory, and a
+// symbol (or a version of it) that no loaded library defines. These two texts are not translated,
+// or translated as strerror() is.
+long loadErrorNumber(std::string_view aFileName, std::string_view aText) {
+    // The name may hold a colon itself.
+    const auto nameEnd =
+        aText.substr(0, aFileName.size()) == aFileName ? aFileName.size() : aText.find(": ");
+    const auto file = aText.substr(0, nameEnd);
+    const auto problem = aText.substr(file.size());
+
+    if (contains(aText, "out of memory") || contains(problem, std::strerror(ENOMEM))) {
+        return errorOutOfMemory;
+    }
+    if (contains(problem, "undefined symbol") || contains(problem, "version `")) {
+        return errorSymbolNotFound;
+    }
+    const bool isFile = contains(file, "/") && exists(std::string(file));
+    return isFile ? errorNotALibrary : errorModuleNotFound;
+}
+
+// ---- Conversion to UTF-16
+
+enum class Outcome { Complete, Full, Invalid };
+
+// A conversion from one character set to UTF-16 in this machine's byte order, without a byte order
+// mark.
+class Utf16Converter {
+public:
+    explicit Utf16Converter(const char* aCharacterSet)
+        : mHandle(iconv_open(std::endian::native == std::endian::little ? "UTF-16LE" : "UTF-16BE",
+                             aCharacterSet)) {}
+    ~Utf16Converter() {
+        if (isOpen()) iconv_close(mHandle);
+    }
+    Utf16Converter(const Utf16Converter&) = delete;
+    Utf16Converter& operator=(const Utf16Converter&) = delete;
+
+    bool isOpen() const { return mHandle != reinterpret_cast<iconv_t>(std::intptr_t{-1}); }
+
+    // Moves aSource past the bytes converted and aDest past the units written. After Invalid,
+    // aSource starts with the bytes that are invalid or cut off.
+    Outcome convert(std::string_view& aSource, std::span<std::uint16_t>& aDest) {
+        auto* in = const_cast<char*>(aSource.data()); // iconv() only reads it
+        auto inLeft = aSource.size();
+        auto* out = reinterpret_cast<char*>(aDest.data());
+        auto outLeft = aDest.size_bytes();
+        constexpr auto failed = std::numeric_limits<std::size_t>::max();
+
+        auto result = iconv(mHandle, &in, &inLeft, &out, &outLeft);
+        // Some character sets hold a character back until they know what follows.
+        if (result != failed) result = iconv(mHandle, nullptr, nullptr, &out, &outLeft);
+        const bool isFull = errno == E2BIG;
+
+        aSource.remove_prefix(aSource.size() - inLeft);
+        aDest = aDest.last(outLeft / sizeof(std::uint16_t));
+        if (result != failed) return Outcome::Complete;
+        return isFull ? Outcome::Full : Outcome::Invalid;
+    }
+
+private:
+    iconv_t mHandle;
+};
+
+std::size_t countUnits(Utf16Converter& aConverter, std::string_view aBytes) {
+    std::array<std::uint16_t, 512> block;
+    std::size_t count = 0;
+    for (;;) {
+        std::span<std::uint16_t> rest(block);
+        const auto outcome = aConverter.convert(aBytes, rest);
+        if (outcome == Outcome::Invalid) return 0;
+        count += block.size() - rest.size();
+        if (outcome == Outcome::Complete) return count;
+    }
+}
+
+struct LocaleDeleter {
+    using pointer = locale_t;
+    void operator()(locale_t aLocale) const { freelocale(aLocale); }
+};
+using LocaleHolder = std::unique_ptr<locale_t, LocaleDeleter>;
+
+// The environment's character classification; that of "C" where the system does not have the
+// locale, as in a program whose setlocale() failed. Null without memory.
+LocaleHolder openEnvironmentLocale() {
+    const locale_t none{};
+    LocaleHolder locale(newlocale(LC_CTYPE_MASK, "", none));
+    if (!locale) locale.reset(newlocale(LC_CTYPE_MASK, "C", none));
+    return locale;
+}
+
+// ---- Signals
+
+sigset_t brokenPipeSignal() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGPIPE);
+    return signals;
+}
+
+bool isBrokenPipePending() {
+    sigset_t pending;
+    sigemptyset(&pending);
+    sigpending(&pending);
+    return sigismember(&pending, SIGPIPE) == 1;
+}
+
+} // namespace
+
+ModuleHandle openModule(const char* aFileName, long& aError) {
+    const std::string_view name(aFileName);
+    if (name.empty()) { // to dlopen() the program itself
+        aError = errorModuleNotFound;
+        return nullptr;
+    }
+    // The loader would wait for somebody to write into a named pipe.
+    if (contains(name, "/") && isOtherThanFile(aFileName)) {
+        aError = errorNotALibrary;
+        return nullptr;
+    }
+    auto* const module = dlopen(aFileName, RTLD_NOW | RTLD_LOCAL);
+    if (!module) {
+        const char* const text = dlerror();
+        aError = loadErrorNumber(name, text ? text : "");
+    }
+    return module;
+}
+
+std::uint32_t getModuleFileName(ModuleHandle aModule, std::uint16_t* aDest, std::uint32_t aSize,
+                                long& aError) {
+    struct link_map* module = nullptr;
+    std::error_code error;
+    std::filesystem::path path;
+    if (dlinfo(aModule, RTLD_DI_LINKMAP, &module) == 0) {
+        path = std::filesystem::absolute(module->l_name, error);
+    }
+    if (path.empty() || error) {
+        aError = errorModuleNotFound;
+        return 0;
+    }
+    Utf16Converter converter("UTF-8");
+    if (!converter.isOpen()) {
+        aError = errorOutOfMemory;
+        return 0;
+    }
+    std::string_view bytes(path.native());
+    std::span<std::uint16_t> rest(aDest, aSize);
+    // File names are bytes, whatever they mean; what is not UTF-8 becomes replacement characters.
+    while (converter.convert(bytes, rest) == Outcome::Invalid && !rest.empty()) {
+        bytes.remove_prefix(1);
+        rest.front() = 0xFFFD;
+        rest = rest.subspan(1);
+    }
+    if (!rest.empty()) rest.front() = 0;
+    return aSize - static_cast<std::uint32_t>(rest.size());
+}
+
+void* findSymbol(ModuleHandle aModule, const char* aName, long& aError) {
+    void* const address = dlsym(aModule, aName);
+    if (!address) {
+        dlerror(); // lets go of the text, which says nothing more
+        aError = errorSymbolNotFound;
+    }
+    return address;
+}
+
+void closeModule(ModuleHandle aModule) {
+    dlclose(aModule);
+}
+
+std::int32_t activeCodePageToUtf16(const char* aBytes, std::int32_t aLen, std::uint16_t* aDest,
+                                   std::int32_t aUnits) {
+    const auto locale = openEnvironmentLocale();
+    if (!locale) return 0;
+    Utf16Converter converter(nl_langinfo_l(CODESET, locale.get()));
+    if (!converter.isOpen()) return 0;
+
+    std::string_view bytes(aBytes, static_cast<std::size_t>(aLen));
+    if (!aDest) {
+        const auto count = countUnits(converter, bytes);
+        const bool fits = count <= std::size_t{std::numeric_limits<std::int32_t>::max()};
+        return fits ? static_cast<std::int32_t>(count) : 0;
+    }
+    std::span<std::uint16_t> rest(aDest, static_cast<std::size_t>(aUnits));
+    if (converter.convert(bytes, rest) != Outcome::Complete) return 0;
+    return aUnits - static_cast<std::int32_t>(rest.size());
+}
+
+int formatBounded(char* aDest, std::size_t aSize, const char* aFormat, ...) {
+    std::va_list arguments;
+    va_start(arguments, aFormat);
+    const int result = formatBoundedArguments(aDest, aSize, aFormat, arguments);
+    va_end(arguments);
+    return result;
+}
+
+int formatBoundedArguments(char* aDest, std::size_t aSize, const char* aFormat,
+                           std::va_list aArguments) {
+    return std::vsnprintf(aDest, aSize, aFormat, aArguments);
+}
+
+void reserveStandardStreams() {
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(descriptor, F_GETFD) != -1 || errno != EBADF) continue;
+        // Takes the lowest free number, which is this one. Open the wrong way round, so that the
+        // use it was meant for still fails.
+        open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    }
+}
+
+BrokenPipeGuard::BrokenPipeGuard() : mTake(!isBrokenPipePending()), mRelease(false) {
+    const auto signals = brokenPipeSignal();
+    sigset_t before;
+    if (pthread_sigmask(SIG_BLOCK, &signals, &before) == 0) {
+        mRelease = sigismember(&before, SIGPIPE) == 0;
+    }
+}
+
+BrokenPipeGuard::~BrokenPipeGuard() {
+    const auto signals = brokenPipeSignal();
+    if (mTake) {
+        const timespec now{};
+        while (sigtimedwait(&signals, nullptr, &now) == -1 && errno == EINTR) {
+        }
+    }
+    if (mRelease) pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+}
+
+} // namespace vexil::platform
