@@ -47,6 +47,9 @@ int formatBoundedArguments(char* aDest, std::size_t aSize, const char* aFormat,
 /// stays unusable, so reading or writing it goes on failing.
 void reserveStandardStreams();
 
+/// What is buffered for standard output, and all that is written to it from now on, goes nowhere.
+void discardStandardOutput();
+
 /// While it lives, writing to a pipe without a reader is an error of the call, not a signal that
 /// ends the process. The process's signal settings are left alone: the signal is held back in this
 /// thread and what was raised meanwhile is taken away again.

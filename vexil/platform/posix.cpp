@@ -258,6 +258,16 @@ void reserveStandardStreams() {
     }
 }
 
+void discardStandardOutput() {
+    const int nowhere = open("/dev/null", O_WRONLY);
+    if (nowhere == -1) {
+        close(STDOUT_FILENO);
+        return;
+    }
+    dup2(nowhere, STDOUT_FILENO);
+    close(nowhere);
+}
+
 BrokenPipeGuard::BrokenPipeGuard() : mTake(!isBrokenPipePending()), mRelease(false) {
     const auto signals = brokenPipeSignal();
     sigset_t before;
