@@ -37,28 +37,64 @@ protected:
     UnicodeStringBase& operator=(const UnicodeStringBase&) = delete;
 };
 
-/// A growing sequence of Unicode code points, one 32-bit unit each, followed by a zero unit that is
-/// not counted. May hold U+0000. At most 67108861 code points where it has to grow: growing past
-/// that throws Overflow "UnicodeString32::alloc(): string too long". A failed operation leaves the
-/// content as it was, unless said otherwise. Owns its block; neither copied nor assigned.
-class UnicodeString32 : public UnicodeStringBase {
+/// What the two string classes share: the block of units, where it lies and how it grows. The units
+/// are followed by a zero unit that is not counted. Owns its block; neither copied nor assigned.
+template <class Unit>
+class UnicodeStringOf : public UnicodeStringBase {
+public:
+    ~UnicodeStringOf() override;
+
+    /// The units, zero-terminated also when there is none; valid until the string changes.
+    const Unit* getData() const { return mBuffer != nullptr ? mBuffer : &noUnits; }
+    std::uint32_t getLength() const { return mLength; }
+
+    void swap(UnicodeStringOf& aOther) noexcept;
+
+protected:
+    /// The most units a block may hold: one byte less than 256 MiB, so no size in bytes overflows.
+    static constexpr std::uint32_t maxCapacity = 0xFFFFFFF / sizeof(Unit);
+
+    UnicodeStringOf() = default;
+
+    /// Throws the class's "string too long" if a string without a block cannot hold @p aCount
+    /// units.
+    static void checkCount(std::size_t aCount);
+
+    /// Makes room for @p aCount units and the terminator, and writes neither. Throws what
+    /// checkCount() throws if the block must grow for it, std::bad_alloc if there is no memory.
+    void alloc(std::size_t aCount);
+
+    /// Says that the first @p aLength units are written, and terminates them.
+    void setLength(std::uint32_t aLength);
+
+    /// Empties the string and keeps its room.
+    void clear();
+
+    static constexpr Unit noUnits = 0;
+
+    Unit* mBuffer = nullptr; ///< from realloc, owned
+    std::uint32_t mLength = 0;
+    std::uint32_t mCapacity = 0; ///< in units
+};
+
+extern template class UnicodeStringOf<std::uint32_t>;
+extern template class UnicodeStringOf<std::uint16_t>;
+
+/// A growing sequence of Unicode code points, one 32-bit unit each. May hold U+0000. At most
+/// 67108861 code points where it has to grow: growing past that throws Overflow
+/// "UnicodeString32::alloc(): string too long". A failed operation leaves the content as it was,
+/// unless said otherwise.
+class UnicodeString32 : public UnicodeStringOf<std::uint32_t> {
 public:
     UnicodeString32() = default;
     /// As assignOctets() on an empty string.
     UnicodeString32(std::int32_t aEncoding, const std::string& aBytes);
     /// As assignUtf16() on an empty string.
     UnicodeString32(const std::uint16_t* aUnits, std::uint32_t aCount);
-    ~UnicodeString32() override;
 
     /// Makes room for @p aCount code points.
-    void reserve(std::uint32_t aCount);
-    /// Empties the string and keeps its room.
-    void clear();
-    void swap(UnicodeString32& aOther) noexcept;
-
-    /// The code points, zero-terminated also when there is none; valid until the string changes.
-    const std::uint32_t* getData() const;
-    std::uint32_t getLength() const { return mLength; }
+    void reserve(std::size_t aCount);
+    using UnicodeStringOf::clear;
 
     /// Adds one code point. Throws what checkUTF32() throws; surrogates are taken.
     void append(std::uint32_t aCode);
@@ -92,7 +128,8 @@ public:
     /// left out unless @p aKeepLanguageEscapes; a malformed one empties a UTF-16 text and cuts a
     /// UTF-8 text, without an error. On failure the string is left empty.
     void assignPdfTextString(const void* aBytes, std::size_t aLen, bool aKeepLanguageEscapes);
-    /// Appends the bytes decoded by PDFDocEncoding; undefined bytes become '?'.
+    /// Appends the bytes decoded by PDFDocEncoding; undefined bytes become '?'. On failure a part
+    /// may have been appended.
     void assignPdfDocEncoding(const void* aBytes, std::size_t aLen);
 
     /// The content as UTF-8. Throws EncodingError "UnicodeString32::asUtf8(): reserved code" for a
@@ -101,26 +138,16 @@ public:
 
     /// Appends the UTF-8 form of one code point to @p aDest; throws what asUtf8() throws.
     static void appendUtf8(std::string& aDest, std::uint32_t aCode);
-
-protected:
-    /// Makes room for @p aCount code points and the terminator, and writes neither.
-    void alloc(std::uint32_t aCount);
-
-private:
-    std::uint32_t* mBuffer = nullptr; ///< from realloc, owned
-    std::uint32_t mLength = 0;
-    std::uint32_t mCapacity = 0; ///< in units
 };
 
 /// A zero-terminated sequence of UTF-16 code units; pairing is not checked here. At most 134217725
 /// units where it has to grow: growing past that throws Overflow
 /// "UnicodeString16::alloc(): string too long". A failed operation leaves the content as it was.
-class UnicodeString16 : public UnicodeStringBase {
+class UnicodeString16 : public UnicodeStringOf<std::uint16_t> {
 public:
     UnicodeString16() = default;
     /// Copies the units before the first zero unit.
     explicit UnicodeString16(const std::uint16_t* aUnits);
-    ~UnicodeString16() override;
 
     /// Replaces the content by the units before the first zero unit.
     void assign(const std::uint16_t* aUnits);
@@ -130,21 +157,6 @@ public:
     /// past 2147483647 bytes, EncodingError "UnicodeString16::assignWindowsANSI():
     /// MultiByteToWideChar() failed" for invalid bytes.
     void assignWindowsANSI(const void* aBytes, std::size_t aLen);
-
-    void swap(UnicodeString16& aOther) noexcept;
-
-    /// The units, zero-terminated also when there is none; valid until the string changes.
-    const std::uint16_t* getData() const;
-    std::uint32_t getLength() const { return mLength; }
-
-protected:
-    /// Makes room for @p aCount units and the terminator, and writes neither.
-    void alloc(std::uint32_t aCount);
-
-private:
-    std::uint16_t* mBuffer = nullptr; ///< from realloc, owned
-    std::uint32_t mLength = 0;
-    std::uint32_t mCapacity = 0; ///< in units
 };
 
 } // namespace vexil
