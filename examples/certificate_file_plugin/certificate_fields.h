@@ -1,0 +1,14 @@
+#pragma once
+
+#include "openssl_handles.h"
+
+namespace example {
+
+/// Describes @p aCertificate: "subject", "issuer", "serialNumber", "notBefore", "notAfter",
+/// "sha256Fingerprint", "subjectAlternativeNames", "publicKeyAlgorithm", "publicKeyBits" and
+/// "pem", in this order; the README says what each holds.
+///
+/// Throws Failure (InvalidCertificate) if a part of it cannot be decoded.
+Response describeCertificate(X509& aCertificate);
+
+} // namespace example

@@ -1,0 +1,34 @@
+// Answers every request with the request's own members: a start for a plugin, and handy for
+// trying out a caller. A plugin that looks at its request parses it with a JSON library.
+#include "tool/plugin.h"
+
+#include <cstring>
+#include <exception>
+#include <string>
+
+namespace {
+
+class MinimalPlugin final : public Plugin {
+public:
+    std::int32_t getPluginType() override { return 1; }
+
+    void getCertificate(const char* aRequest, const char** aResponse,
+                        const char** aError) override {
+        try {
+            mReply = std::string("{\"response\":") + std::strchr(aRequest, '[');
+            *aResponse = mReply.c_str();
+        } catch (const std::exception&) {
+            *aError = R"({"error":[{"name":"erroMessage","value":"out of memory"}]})";
+        }
+    }
+
+private:
+    std::string mReply; // certbridge reads it after the call
+};
+
+} // namespace
+
+extern "C" Plugin* GetPlugin() {
+    static MinimalPlugin plugin;
+    return &plugin;
+}
