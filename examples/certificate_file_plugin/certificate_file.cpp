@@ -97,6 +97,7 @@ CertificateHandle openPkcs12(PKCS12* aArchive, const std::string& aPassword) {
 
 CertificateHandle readCertificate(const std::string& aFileName, const std::string& aPassword) {
     const auto bytes = readFile(aFileName);
+    ERR_clear_error(); // what follows is to find the reasons of its own failures only
     if (auto certificate = parsePem(bytes, aPassword)) return certificate;
     if (bytes.find("-----BEGIN CERTIFICATE-----") != std::string::npos) {
         throw Failure(ErrorCode::InvalidCertificate,

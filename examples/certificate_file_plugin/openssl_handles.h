@@ -33,11 +33,17 @@ using KeyHandle = std::unique_ptr<EVP_PKEY, FreeWith<EVP_PKEY_free>>;
 using NamesHandle = std::unique_ptr<GENERAL_NAMES, FreeWith<GENERAL_NAMES_free>>;
 using Pkcs12Handle = std::unique_ptr<PKCS12, FreeWith<PKCS12_free>>;
 
-/// Returns OpenSSL's words for its last failure and forgets all failures.
+/// Returns OpenSSL's words for the first failure it remembers, which caused the rest, and forgets
+/// them all.
 inline std::string takeReason() {
-    const auto* reason = ERR_reason_error_string(ERR_peek_last_error());
+    const char* details = nullptr;
+    int flags = 0;
+    const auto error = ERR_peek_error_all(nullptr, nullptr, nullptr, &details, &flags);
+    const auto* words = ERR_reason_error_string(error);
+    std::string reason = words != nullptr ? words : "no reason given";
+    if ((flags & ERR_TXT_STRING) != 0 && *details != '\0') reason += std::string(", ") + details;
     ERR_clear_error();
-    return reason != nullptr ? reason : "no reason given";
+    return reason;
 }
 
 /// Throws Failure (InternalError) unless @p aSucceeded. For calls that fail for want of memory
