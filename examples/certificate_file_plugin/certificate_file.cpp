@@ -103,9 +103,10 @@ CertificateHandle readCertificate(const std::string& aFileName, const std::strin
         throw Failure(ErrorCode::InvalidCertificate,
                       "its PEM certificate is damaged: " + takeReason());
     }
-    if (auto certificate = parseDer<CertificateHandle>(bytes, d2i_X509)) return certificate;
-    const auto archive = parseDer<Pkcs12Handle>(bytes, d2i_PKCS12);
+    auto certificate = parseDer<CertificateHandle>(bytes, d2i_X509);
+    const auto archive = certificate ? nullptr : parseDer<Pkcs12Handle>(bytes, d2i_PKCS12);
     ERR_clear_error(); // each form that it was not has left its complaints
+    if (certificate) return certificate;
     if (archive) return openPkcs12(archive.get(), aPassword);
     throw Failure(ErrorCode::InvalidCertificate,
                   "neither a certificate in PEM or DER form nor a PKCS#12 file");
