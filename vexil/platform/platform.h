@@ -38,10 +38,18 @@ void closeModule(ModuleHandle aModule);
 std::int32_t activeCodePageToUtf16(const char* aBytes, std::int32_t aLen, std::uint16_t* aDest,
                                    std::int32_t aUnits);
 
-/// The runtime's snprintf and vsnprintf, whichever of the two truncation behaviours they have.
-int formatBounded(char* aDest, std::size_t aSize, const char* aFormat, ...);
+/// The runtime's vsnprintf, whichever of the two truncation behaviours it has.
 int formatBoundedArguments(char* aDest, std::size_t aSize, const char* aFormat,
                            std::va_list aArguments);
+
+/// The same with the arguments themselves, as snprintf takes them.
+inline int formatBounded(char* aDest, std::size_t aSize, const char* aFormat, ...) {
+    std::va_list arguments;
+    va_start(arguments, aFormat);
+    const int result = formatBoundedArguments(aDest, aSize, aFormat, arguments);
+    va_end(arguments);
+    return result;
+}
 
 /// Makes sure that no file opened later takes the place of a closed standard stream: a closed one
 /// stays unusable, so reading or writing it goes on failing.

@@ -236,14 +236,6 @@ std::int32_t activeCodePageToUtf16(const char* aBytes, std::int32_t aLen, std::u
     return aUnits - static_cast<std::int32_t>(rest.size());
 }
 
-int formatBounded(char* aDest, std::size_t aSize, const char* aFormat, ...) {
-    std::va_list arguments;
-    va_start(arguments, aFormat);
-    const int result = formatBoundedArguments(aDest, aSize, aFormat, arguments);
-    va_end(arguments);
-    return result;
-}
-
 int formatBoundedArguments(char* aDest, std::size_t aSize, const char* aFormat,
                            std::va_list aArguments) {
     return std::vsnprintf(aDest, aSize, aFormat, aArguments);
