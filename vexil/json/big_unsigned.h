@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <cstdint>
 
 namespace vexil {
@@ -16,6 +17,15 @@ struct BigUnsigned {
 
 /// aOut = w
 int bigSetWord(BigUnsigned& aOut, std::int32_t aCap, std::uint32_t aWord);
+/// The same for a value of up to two words.
+inline int bigSetWord64(BigUnsigned& aOut, std::int32_t aCap, std::uint64_t aValue) {
+    const std::int32_t count = aValue >> 32 != 0 ? 2 : aValue != 0 ? 1 : 0;
+    if (count > aCap) return 1;
+    if (aCap > 0) aOut.words[0] = static_cast<std::uint32_t>(aValue);
+    if (aCap > 1) aOut.words[1] = static_cast<std::uint32_t>(aValue >> 32);
+    aOut.count = count;
+    return 0;
+}
 /// aOut = a
 int bigCopy(BigUnsigned& aOut, std::int32_t aCap, const BigUnsigned& aA);
 /// aOut = a + b; aOut may be either.
@@ -35,8 +45,7 @@ int bigShiftRight(BigUnsigned& aOut, std::int32_t aCap, const BigUnsigned& aA, s
 /// aQ = a / 2^k, and a becomes a mod 2^k.
 int bigSplit(BigUnsigned& aA, BigUnsigned& aQ, std::int32_t aCapQ, std::int32_t aBits);
 /// aQ = a / d, and a becomes a mod d. The capacity of a must exceed its count by one word; d must
-/// not be 0 and is not changed. Knuth, The Art of Computer Programming, 4.3.1, algorithm D. May
-/// throw std::bad_alloc.
+/// not be 0 and is not changed. Knuth, The Art of Computer Programming, 4.3.1, algorithm D.
 int bigDivide(BigUnsigned& aA, std::int32_t aCapA, BigUnsigned& aQ, std::int32_t aCapQ,
               const BigUnsigned& aD);
 
@@ -44,8 +53,17 @@ int bigDivide(BigUnsigned& aA, std::int32_t aCapA, BigUnsigned& aQ, std::int32_t
 int bigCompare(const BigUnsigned& aA, const BigUnsigned& aB);
 /// -1, 0 or 1 as a is below, equal to or above 2^k; for a negative k, 1 unless a is 0.
 int bigCompareWithPowerOfTwo(const BigUnsigned& aA, std::int32_t aBits);
+/// a mod 2^64
+inline std::uint64_t bigToWord64(const BigUnsigned& aA) {
+    const std::uint64_t low = aA.count > 0 ? aA.words[0] : 0;
+    return aA.count > 1 ? std::uint64_t{aA.words[1]} << 32 | low : low;
+}
 /// Significant bits; 0 for 0.
-std::int32_t bigBitLength(const BigUnsigned& aA);
-std::int32_t bitLength32(std::uint32_t aWord);
+constexpr std::int32_t bitLength32(std::uint32_t aWord) {
+    return 32 - std::countl_zero(aWord);
+}
+inline std::int32_t bigBitLength(const BigUnsigned& aA) {
+    return aA.count == 0 ? 0 : bitLength32(aA.words[aA.count - 1]) + 32 * (aA.count - 1);
+}
 
 } // namespace vexil
