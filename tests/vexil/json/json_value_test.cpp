@@ -1,0 +1,151 @@
+#include "tests/vexil/json/json_helpers.h"
+#include "vexil/exceptions.h"
+#include "vexil/json/json_value.h"
+
+#include <gmock/gmock.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+using testing::ElementsAre;
+using testing::ThrowsMessage;
+using vexil::JsonType;
+using vexil::JsonValue;
+
+namespace {
+
+/// A value of a class that the library does not know; notes its end.
+class Witness : public vexil::JsonValueDefault {
+public:
+    Witness(std::vector<std::string>& aLog, std::string aName, JsonType aType = JsonType::Array)
+        : mLog(aLog), mName(std::move(aName)), mType(aType) {}
+    ~Witness() override { mLog.push_back(mName); }
+    JsonType getType() const override { return mType; }
+    JsonValue* clone() const override { return new Witness(mLog, mName + "'", mType); }
+
+private:
+    std::vector<std::string>& mLog;
+    std::string mName;
+    JsonType mType;
+};
+
+struct Operation {
+    const char* name;
+    std::function<void(JsonValue&)> call;
+};
+
+const Operation operations[] = {
+    {"getSize", [](JsonValue& v) { v.getSize(); }},
+    {"getBoolean", [](JsonValue& v) { v.getBoolean(); }},
+    {"getInteger", [](JsonValue& v) { v.getInteger(); }},
+    {"getFloat", [](JsonValue& v) { v.getFloat(); }},
+    {"getString", [](JsonValue& v) { v.getString(); }},
+    {"getNameAt", [](JsonValue& v) { v.getNameAt(0); }},
+    {"getNameAt", [](JsonValue& v) { std::as_const(v).getNameAt(0); }},
+    {"getValueAt", [](JsonValue& v) { v.getValueAt(0); }},
+    {"getValueAt", [](JsonValue& v) { std::as_const(v).getValueAt(0); }},
+    {"findFirst", [](JsonValue& v) { v.findFirst("a"); }},
+    {"findFirst", [](JsonValue& v) { std::as_const(v).findFirst("a"); }},
+    {"appendValue", [](JsonValue& v) { v.appendValue(&v); }},
+    {"appendNameAndValue", [](JsonValue& v) { v.appendNameAndValue(&v, &v); }},
+};
+
+struct Kind {
+    const char* text;
+    int code;
+    std::vector<std::string> answers;
+};
+
+class JsonValueKinds : public testing::TestWithParam<Kind> {};
+
+TEST_P(JsonValueKinds, AnswerTheirOwnOperationsAndNoOther) {
+    const JsonTree original = parseText(GetParam().text);
+    for (const JsonTree& value : {JsonTree(original->clone()), parseText(GetParam().text)}) {
+        EXPECT_EQ(GetParam().code, static_cast<int>(value->getType()));
+        for (const Operation& operation : operations) {
+            if (testing::Matches(testing::Contains(operation.name))(GetParam().answers)) continue;
+            EXPECT_THAT([&] { operation.call(*value); },
+                        ThrowsMessage<vexil::UnsupportedFunction>(std::string(operation.name) +
+                                                                  "() not supported"));
+        }
+        EXPECT_EQ(GetParam().text, writeText(*value));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, JsonValueKinds,
+                         testing::Values(Kind{"null", 0, {}}, Kind{"false", 1, {"getBoolean"}},
+                                         Kind{"-7", 2, {"getInteger"}},
+                                         Kind{"2.5", 3, {"getFloat"}},
+                                         Kind{"\"a\\u0000b\"", 4, {"getString"}},
+                                         Kind{"[1]", 5, {"getSize", "getValueAt", "appendValue"}},
+                                         Kind{"{\"b\":1}",
+                                              6,
+                                              {"getSize", "getNameAt", "getValueAt", "findFirst",
+                                               "appendNameAndValue"}}));
+
+TEST(JsonValueContainers, RefuseAnIndexBehindTheLastEntry) {
+    for (const char* const text : {"[]", "[1,2,3,4,5]", "{}", "{\"a\":1}"}) {
+        const JsonTree value = parseText(text);
+        EXPECT_THROW(value->getValueAt(value->getSize()), std::out_of_range) << text;
+        EXPECT_THROW(value->getValueAt(0xFFFFFFFF), std::out_of_range) << text;
+        if (value->getType() == JsonType::Array) continue;
+        EXPECT_THROW(value->getNameAt(value->getSize()), std::out_of_range) << text;
+    }
+}
+
+TEST(JsonValueObject, FindsTheFirstMemberOfExactlyThatName) {
+    const JsonTree value = parseText(R"({"a":0,"A":1,"ab":2,"a":3,"n\u0000":4,"":5})");
+    EXPECT_EQ(0, value->findFirst("a")->getInteger());
+    EXPECT_EQ(1, value->findFirst("A")->getInteger());
+    EXPECT_EQ(5, std::as_const(*value).findFirst("")->getInteger());
+    EXPECT_EQ(nullptr, value->findFirst("n"));
+    EXPECT_EQ(nullptr, value->findFirst("b"));
+    EXPECT_EQ(6u, value->getSize());
+    value->appendNameAndValue(JsonValue::createNull(), JsonValue::createNull());
+    EXPECT_THAT([&] { value->findFirst("z"); },
+                ThrowsMessage<vexil::UnsupportedFunction>("getString() not supported"));
+}
+
+TEST(JsonValueTree, IsDestroyedInOrderNamesBeforeValues) {
+    std::vector<std::string> log;
+    const auto witness = [&log](const char* aName, JsonType aType = JsonType::Null) {
+        return new Witness(log, aName, aType);
+    };
+    JsonTree root(JsonValue::createArray());
+    JsonValue* const object = JsonValue::createObject();
+    JsonValue* const inner = JsonValue::createArray();
+    JsonValue* const name = JsonValue::createArray();
+    root->appendValue(witness("1", JsonType::Array));
+    root->appendValue(object);
+    name->appendValue(witness("name1"));
+    object->appendNameAndValue(name, inner);
+    inner->appendValue(witness("value1", JsonType::Object));
+    inner->appendValue(JsonValue::createArray());
+    object->appendNameAndValue(witness("name2"), witness("value2"));
+    root->appendValue(nullptr);
+    root->appendValue(witness("3"));
+    root.reset();
+    EXPECT_THAT(log, ElementsAre("1", "name1", "name2", "value1", "value2", "3"));
+}
+
+TEST(JsonValueTree, IsCopiedWholeWithForeignValuesInIt) {
+    std::vector<std::string> log;
+    JsonTree root = parseText(R"([{"a":[],"a":{"b":[1,"x"]}},2.5,[[null]]])");
+    const std::string text = writeText(*root);
+    JsonTree copy(root->clone());
+    root->appendValue(new Witness(log, "w"));
+    JsonTree second(root->clone());
+    root.reset();
+    second.reset();
+    EXPECT_THAT(log, ElementsAre("w", "w'"));
+    EXPECT_EQ(text, writeText(*copy));
+}
+
+TEST(JsonValueTree, HasNoLimitOfDepth) {
+    const std::string text = nestedArrays(1000000);
+    const JsonTree root = parseText(text);
+    EXPECT_TRUE(writeText(*JsonTree(root->clone())) == text);
+}
+
+} // namespace
