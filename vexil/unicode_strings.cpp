@@ -7,6 +7,7 @@
 #include <bit>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <new>
 #include <utility>
 
@@ -161,9 +162,27 @@ void decodeUtf8(const std::uint8_t* aPos, const std::uint8_t* aEnd, Sink& aSink)
     }
 }
 
-/// A byte of a multi-byte form: the six bits of @p aCode from bit @p aShift on.
-constexpr char continuation(std::uint32_t aCode, int aShift) {
-    return static_cast<char>(0x80 | ((aCode >> aShift) & 0x3F));
+/// The most bytes that encodeUtf8() writes.
+constexpr std::ptrdiff_t longestForm = 4;
+
+/// Writes the lead byte @p aMark and, for the low bits of @p aCode, bytes that continue it.
+template <int length>
+char* putForm(char* aDest, std::uint32_t aMark, std::uint32_t aCode) {
+    *aDest++ = static_cast<char>(aMark | aCode >> (6 * (length - 1)));
+    for (int shift = 6 * (length - 2); shift >= 0; shift -= 6) {
+        *aDest++ = static_cast<char>(0x80 | ((aCode >> shift) & 0x3F));
+    }
+    return aDest;
+}
+
+/// Writes the UTF-8 form of a code point and returns the place behind it.
+char* encodeUtf8(char* aDest, std::uint32_t aCode) {
+    if (aCode < 0x80) return putForm<1>(aDest, 0, aCode);
+    if (aCode < 0x800) return putForm<2>(aDest, 0xC0, aCode);
+    if (isSurrogate(aCode)) throw EncodingError("UnicodeString32::asUtf8(): reserved code");
+    if (aCode < 0x10000) return putForm<3>(aDest, 0xE0, aCode);
+    if (aCode <= lastCode) return putForm<4>(aDest, 0xF0, aCode);
+    throw EncodingError("UnicodeString32::asUtf8(): code out of range");
 }
 
 } // namespace
@@ -202,12 +221,6 @@ void UnicodeStringOf<Unit>::swap(UnicodeStringOf& aOther) noexcept {
 }
 
 template <class Unit>
-void UnicodeStringOf<Unit>::checkCount(std::size_t aCount) {
-    // With its terminator the longest string stays one unit below the largest block.
-    if (aCount >= maxCapacity - 1) throw Overflow(tooLong<Unit>);
-}
-
-template <class Unit>
 void UnicodeStringOf<Unit>::alloc(std::size_t aCount) {
     if (aCount < mCapacity) return;
     checkCount(aCount);
@@ -229,6 +242,11 @@ void UnicodeStringOf<Unit>::setLength(std::uint32_t aLength) {
 template <class Unit>
 void UnicodeStringOf<Unit>::clear() {
     if (mBuffer != nullptr) setLength(0);
+}
+
+template <class Unit>
+void UnicodeStringOf<Unit>::throwTooLong() {
+    throw Overflow(tooLong<Unit>);
 }
 
 template class UnicodeStringOf<std::uint32_t>;
@@ -287,30 +305,22 @@ void UnicodeString32::assignUtf16(const std::uint16_t* aUnits, std::uint32_t aCo
 std::string UnicodeString32::asUtf8() const {
     std::string result;
     result.reserve(mLength);
-    std::for_each(getData(), getData() + mLength,
-                  [&result](std::uint32_t aCode) { appendUtf8(result, aCode); });
-    return result;
+    // By chunks: the string is told of its new length once for each, not once for each code point.
+    char chunk[256];
+    char* next = chunk;
+    for (const std::uint32_t* code = getData(); code != getData() + mLength; ++code) {
+        next = encodeUtf8(next, *code);
+        if (std::end(chunk) - next < longestForm) {
+            result.append(chunk, next);
+            next = chunk;
+        }
+    }
+    return result.append(chunk, next);
 }
 
 void UnicodeString32::appendUtf8(std::string& aDest, std::uint32_t aCode) {
-    if (aCode < 0x80) {
-        aDest.push_back(static_cast<char>(aCode));
-    } else if (aCode < 0x800) {
-        const char form[] = {static_cast<char>(0xC0 | aCode >> 6), continuation(aCode, 0)};
-        aDest.append(form, sizeof form);
-    } else if (isSurrogate(aCode)) {
-        throw EncodingError("UnicodeString32::asUtf8(): reserved code");
-    } else if (aCode < 0x10000) {
-        const char form[] = {static_cast<char>(0xE0 | aCode >> 12), continuation(aCode, 6),
-                             continuation(aCode, 0)};
-        aDest.append(form, sizeof form);
-    } else if (aCode <= lastCode) {
-        const char form[] = {static_cast<char>(0xF0 | aCode >> 18), continuation(aCode, 12),
-                             continuation(aCode, 6), continuation(aCode, 0)};
-        aDest.append(form, sizeof form);
-    } else {
-        throw EncodingError("UnicodeString32::asUtf8(): code out of range");
-    }
+    char form[longestForm];
+    aDest.append(form, encodeUtf8(form, aCode));
 }
 
 UnicodeString16::UnicodeString16(const std::uint16_t* aUnits) {

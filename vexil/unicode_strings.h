@@ -58,7 +58,10 @@ protected:
 
     /// Throws the class's "string too long" if a string without a block cannot hold @p aCount
     /// units.
-    static void checkCount(std::size_t aCount);
+    static void checkCount(std::size_t aCount) {
+        // With its terminator the longest string stays one unit below the largest block.
+        if (aCount >= maxCapacity - 1) throwTooLong();
+    }
 
     /// Makes room for @p aCount units and the terminator, and writes neither. Throws what
     /// checkCount() throws if the block must grow for it, std::bad_alloc if there is no memory.
@@ -75,6 +78,9 @@ protected:
     Unit* mBuffer = nullptr; ///< from realloc, owned
     std::uint32_t mLength = 0;
     std::uint32_t mCapacity = 0; ///< in units
+
+private:
+    [[noreturn]] static void throwTooLong();
 };
 
 extern template class UnicodeStringOf<std::uint32_t>;
