@@ -3,34 +3,15 @@
 #include <cstdlib>
 #include <new>
 
-namespace {
-
-constexpr long unlimited = -1;
-long allowed = unlimited;
-
-bool mayAllocate() {
-    return allowed == unlimited || (allowed > 0 && allowed-- > 0);
-}
-
-} // namespace
-
-FailingMemory::FailingMemory(long aCount) {
-    allowed = aCount;
-}
-
-FailingMemory::~FailingMemory() {
-    allowed = unlimited;
-}
-
 // The linker leads every call of malloc and realloc here (--wrap).
 extern "C" {
 void* __real_malloc(std::size_t aSize);
 void* __real_realloc(void* aBlock, std::size_t aSize);
 void* __wrap_malloc(std::size_t aSize) {
-    return mayAllocate() ? __real_malloc(aSize) : nullptr;
+    return FailingMemory::mayAllocate() ? __real_malloc(aSize) : nullptr;
 }
 void* __wrap_realloc(void* aBlock, std::size_t aSize) {
-    return mayAllocate() ? __real_realloc(aBlock, aSize) : nullptr;
+    return FailingMemory::mayAllocate() ? __real_realloc(aBlock, aSize) : nullptr;
 }
 }
 

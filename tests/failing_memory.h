@@ -4,6 +4,11 @@
 /// malloc, realloc or operator new. One at a time.
 class FailingMemory {
 public:
-    explicit FailingMemory(long aCount);
-    ~FailingMemory();
+    explicit FailingMemory(long aCount) { sAllowed = aCount; }
+    ~FailingMemory() { sAllowed = unlimited; }
+    static bool mayAllocate() { return sAllowed == unlimited || (sAllowed > 0 && sAllowed-- > 0); }
+
+private:
+    static constexpr long unlimited = -1;
+    static inline long sAllowed = unlimited;
 };

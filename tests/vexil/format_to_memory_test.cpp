@@ -5,72 +5,53 @@
 using namespace vexil;
 using testing::ThrowsMessage;
 
-TEST(FormatToMemory, KeepsItsLimit) {
+class FormatToMemoryTest : public OnTestPlatform {
+protected:
+    FormatToMemory formatter{0};
+};
+
+TEST_F(FormatToMemoryTest, KeepsItsLimit) {
     expectLimitsKept();
     EXPECT_THAT([] { FormatToMemory(-1); },
                 ThrowsMessage<InvalidArgument>("FormatToMemory: invalid argument aLimit"));
 }
 
-TEST(FormatToMemory, ReplacesTheTextInTheSameBuffer) {
-    FormatToMemory formatter(0);
+TEST_F(FormatToMemoryTest, ReplacesTheTextInTheSameBuffer) {
     EXPECT_EQ(formatter.getBuffer(), nullptr);
     formatInto(formatter, "%300d", 1);
     const void* const buffer = formatter.getBuffer();
     formatInto(formatter, "%d", 2);
     EXPECT_STREQ(formatter.getBuffer(), "2");
     EXPECT_EQ(formatter.getBuffer(), buffer);
+    EXPECT_EQ(FormatToMemory::format("%ld%c", 127L, 0), std::string("127\0", 4));
 }
 
-TEST(FormatToMemory, FormatsAString) {
-    EXPECT_EQ(FormatToMemory::format("GetProcAddress failed, error %ld%c", 127L, 0),
-              std::string("GetProcAddress failed, error 127\0", 33));
-}
-
-TEST(FormatToMemory, SurvivesFailingMemory) {
-    for (const long count : {0, 1}) {
-        FormatToMemory formatter(0);
-        EXPECT_THROW(
-            {
-                const FailingMemory memory(count);
-                formatInto(formatter, "%300d", 1);
-            },
-            std::bad_alloc);
+TEST_F(FormatToMemoryTest, SurvivesFailingMemory) {
+    for (const long count : {0, 0, 1}) { // no first block; then no larger one
+        const auto format = [&] {
+            const FailingMemory memory(count);
+            formatInto(formatter, "%300d", 1);
+        };
+        EXPECT_THROW(format(), std::bad_alloc);
         EXPECT_EQ(formatter.getLength(), 0);
-        formatInto(formatter, "%300d", 1);
-        EXPECT_EQ(formatter.getLength(), 300);
+    }
+    formatInto(formatter, "%300d", 1);
+    EXPECT_EQ(formatter.getLength(), 300);
+}
+
+TEST_F(FormatToMemoryTest, ReportsAFaultOfTheRuntime) {
+    const std::tuple<std::vector<int>, testing::Matcher<std::function<void()>>> rows[] = {
+        {{-2}, ThrowsMessage<EncodingError>("FormatToMemory::vformat(): vsnprintf() failed")},
+        {{128, -1}, ThrowsMessage<EncodingError>("FormatToMemory::vformat(): vsnprintf() failed")},
+        {{0x7FFFFFFF}, ThrowsMessage<Exception>("FormatToMemory::vformat(): overflow")},
+        {{300, 301},
+         ThrowsMessage<Exception>("FormatToMemory::vformat(): vsnprintf() is inconsistent")}};
+    for (const auto& [results, fails] : rows) {
+        auto next = results.begin();
+        TestPlatform::inUse().formatBoundedArguments = [&](auto...) { return *next++; };
+        FormatToMemory faulty(0);
+        EXPECT_THAT([&] { formatInto(faulty, "x"); }, fails) << testing::PrintToString(results);
+        EXPECT_EQ(faulty.getLength(), 0);
+        EXPECT_EQ(next, results.end());
     }
 }
-
-struct RuntimeFault {
-    const char* name;
-    std::vector<int> results; // of one formatting call after the other
-    testing::Matcher<std::function<void()>> failure;
-};
-class FormatToMemoryReports : public OnTestPlatform,
-                              public testing::WithParamInterface<RuntimeFault> {};
-TEST_P(FormatToMemoryReports, AFaultOfTheRuntime) {
-    FormatToMemory formatter(0);
-    formatInto(formatter, "%d", 1);
-    auto next = GetParam().results.begin();
-    TestPlatform::inUse().formatBoundedArguments = [&](auto...) { return *next++; };
-    EXPECT_THAT([&] { formatInto(formatter, "%d", 2); }, GetParam().failure);
-    EXPECT_EQ(formatter.getLength(), 0);
-    EXPECT_EQ(next, GetParam().results.end());
-}
-INSTANTIATE_TEST_SUITE_P(
-    Results, FormatToMemoryReports,
-    testing::Values(
-        RuntimeFault{"Negative",
-                     {-2},
-                     ThrowsMessage<EncodingError>("FormatToMemory::vformat(): vsnprintf() failed")},
-        RuntimeFault{"NegativeLater",
-                     {128, -1},
-                     ThrowsMessage<EncodingError>("FormatToMemory::vformat(): vsnprintf() failed")},
-        RuntimeFault{"Largest",
-                     {0x7FFFFFFF},
-                     ThrowsMessage<Exception>("FormatToMemory::vformat(): overflow")},
-        RuntimeFault{
-            "LongerLater",
-            {300, 301},
-            ThrowsMessage<Exception>("FormatToMemory::vformat(): vsnprintf() is inconsistent")}),
-    [](const auto& aRow) { return std::string(aRow.param.name); });
