@@ -7,8 +7,9 @@
 // Member lookup, and documents made of name/value lists: arrays of objects with the members "name"
 // (a string) and then "value" (anything). Names and texts are NUL-terminated UTF-8.
 //
-// The values' own exceptions pass through. What an operation was given to own it destroys when it
-// fails; the object or array is then as it was.
+// Nothing is checked here: the values' own exceptions pass through, and so does std::bad_alloc.
+// After a failure the object or array is as it was. A value given as a pointer is then destroyed;
+// one given in a holder stays there.
 
 /// Owns at most one value.
 using ValueHolder = std::unique_ptr<vexil::JsonValue>;
@@ -22,7 +23,8 @@ void appendMember(ValueHolder& aObjectHolder, const char* aName, ValueHolder& aV
 /// Adds a member whose value is the new @p aValue, which the caller gives up.
 void appendMember(ValueHolder& aObjectHolder, const char* aName, vexil::JsonValue* aValue);
 
-/// Adds an element with this name and the new @p aValue, which the caller gives up.
+/// Adds an element with this name and the new @p aValue, which the caller gives up. The element is
+/// complete before the array sees it.
 void appendNameValue(ValueHolder& aArrayHolder, const char* aName, vexil::JsonValue* aValue);
 /// Adds an element with this name and a text.
 void appendNameValue(ValueHolder& aArrayHolder, const char* aName, const char* aText);

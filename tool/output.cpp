@@ -1,1 +1,63 @@
 #include "tool/output.h"
+
+#include "tool/name_value_list.h"
+#include "vexil/format_to_memory.h"
+#include "vexil/json/json_value.h"
+#include "vexil/json/json_writer.h"
+#include "vexil/platform/platform.h"
+#include "vexil/streams.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+using vexil::JsonValue;
+
+namespace {
+
+constexpr int failureStatus = 2;
+
+bool writeToStandardOutput(const std::string& aText) {
+    const vexil::platform::BrokenPipeGuard guard;
+    std::fwrite(aText.data(), 1, aText.size(), stdout);
+    return std::ferror(stdout) == 0 && std::fflush(stdout) == 0;
+}
+
+} // namespace
+
+void endAfterFailure() {
+    std::exit(failureStatus);
+}
+
+void printJson(const JsonValue& aDocument) {
+    std::string text;
+    vexil::StringOutputStream stream(&text);
+    vexil::JsonWriter writer(stream, 0);
+    writer.write(aDocument);
+    text += '\n';
+    if (!writeToStandardOutput(text)) {
+        // What is left in the buffer would otherwise be tried again on the way out.
+        vexil::platform::discardStandardOutput();
+        endAfterFailure();
+    }
+}
+
+void fatalError(std::int32_t aCode, const char* aMessage) {
+    ValueHolder list(JsonValue::createArray());
+    appendNameValue(list, "errorCode", JsonValue::createInteger(aCode));
+    appendNameValue(list, "errorMessage", aMessage);
+    ValueHolder document(JsonValue::createObject());
+    appendMember(document, "error", list);
+    printJson(*document);
+    endAfterFailure();
+}
+
+void fatalErrorFormat(std::int32_t aCode, const char* aFormat, ...) {
+    vexil::FormatToMemory message(0);
+    std::va_list arguments;
+    va_start(arguments, aFormat);
+    message.vformat(aFormat, arguments);
+    va_end(arguments);
+    fatalError(aCode, message.getBuffer());
+}

@@ -1,0 +1,78 @@
+// The plugin that the tests talk to; each request tells it what to do. It is built several times,
+// with other types and objects, and once without its export (see CMakeLists.txt).
+#include "tool/plugin.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <clocale>
+#include <cstdlib>
+#include <fstream>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace {
+
+// The text of a request member with ' for ", ^ for \ and ~ for a byte that no UTF-8 text has.
+std::optional<std::string> findText(std::string_view aRequest, const std::string& aName) {
+    const auto start = "{\"name\":\"" + aName + "\",\"value\":\"";
+    const auto begin = aRequest.find(start);
+    if (begin == std::string_view::npos) return std::nullopt;
+    aRequest.remove_prefix(begin + start.size());
+    std::string text(aRequest.substr(0, aRequest.find('"')));
+    std::replace(text.begin(), text.end(), '\'', '"');
+    std::replace(text.begin(), text.end(), '^', '\\');
+    std::replace(text.begin(), text.end(), '~', '\xFF');
+    return text;
+}
+
+std::string quoted(std::string_view aText) {
+    std::string result = "\"";
+    for (const char character : aText) {
+        if (character == '"' || character == '\\') result += '\\';
+        result += character;
+    }
+    return result + '"';
+}
+
+class FixturePlugin final : public Plugin {
+public:
+    ~FixturePlugin() {
+        if (mNote) std::ofstream(mNote->c_str());
+    }
+
+    std::int32_t getPluginType() override { return FIXTURE_TYPE; }
+
+    // Members of the request: "do" (throw, nothing), "locale" to set, "note" (a file to create on
+    // unloading), "response" and "error". Without any of these two the request comes back, quoted.
+    void getCertificate(const char* aRequest, const char** aResponse,
+                        const char** aError) override {
+        const auto what = findText(aRequest, "do").value_or("");
+        if (what == "throw") throw *this; // of a type that only this library knows
+        const auto locale = findText(aRequest, "locale");
+        if (*aResponse || *aError || (locale && !std::setlocale(LC_ALL, locale->c_str()))) {
+            std::abort();
+        }
+        mNote = findText(aRequest, "note");
+        mResponse = findText(aRequest, "response");
+        mError = findText(aRequest, "error");
+        if (!mResponse && !mError && what != "nothing") {
+            mResponse =
+                "{\"response\":[{\"name\":\"request\",\"value\":" + quoted(aRequest) + "}]}";
+        }
+        if (mResponse) *aResponse = mResponse->c_str();
+        if (mError) *aError = mError->c_str();
+        errno = ERANGE; // which no later conversion may take for its own
+    }
+
+private:
+    std::optional<std::string> mNote, mResponse, mError;
+};
+
+[[maybe_unused]] FixturePlugin plugin;
+
+} // namespace
+
+extern "C" Plugin* GetPlugin() {
+    return FIXTURE_OBJECT;
+}
