@@ -4,16 +4,19 @@
 #define openModule realOpenModule
 #define getModuleFileName realGetModuleFileName
 #define closeModule realCloseModule
+#define activeCodePageToUtf16 realActiveCodePageToUtf16
 #define formatBoundedArguments realFormatBoundedArguments
 #include CERTBRIDGE_PLATFORM_SOURCE
 #undef openModule
 #undef getModuleFileName
 #undef closeModule
+#undef activeCodePageToUtf16
 #undef formatBoundedArguments
 
 TestPlatform TestPlatform::real() {
     using namespace vexil::platform;
-    return {realOpenModule, realGetModuleFileName, realCloseModule, realFormatBoundedArguments};
+    return {realOpenModule, realGetModuleFileName, realCloseModule, realActiveCodePageToUtf16,
+            realFormatBoundedArguments};
 }
 
 TestPlatform& TestPlatform::inUse() {
@@ -34,6 +37,11 @@ std::uint32_t getModuleFileName(ModuleHandle aModule, std::uint16_t* aDest, std:
 
 void closeModule(ModuleHandle aModule) {
     TestPlatform::inUse().closeModule(aModule);
+}
+
+std::int32_t activeCodePageToUtf16(const char* aBytes, std::int32_t aLen, std::uint16_t* aDest,
+                                   std::int32_t aUnits) {
+    return TestPlatform::inUse().activeCodePageToUtf16(aBytes, aLen, aDest, aUnits);
 }
 
 int formatBoundedArguments(char* aDest, std::size_t aSize, const char* aFormat,
