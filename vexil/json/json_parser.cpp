@@ -1,7 +1,9 @@
 #include "vexil/json/json_parser.h"
 
 #include "vexil/exceptions.h"
+#include "vexil/json/json_tree_pool.h"
 
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -9,96 +11,138 @@ namespace vexil {
 
 namespace {
 
-using Value = std::unique_ptr<JsonValue>;
-
-/// Builds one tree from the tokens, with a stack of its own instead of recursion. What it holds
-/// when an exception ends it is destroyed with it.
+/// Builds one tree from the tokens, with a stack of its own instead of recursion. The children of a
+/// container wait on that stack until it is complete, so it is created with its final size. What
+/// waits when an exception ends the builder is destroyed with it.
 class TreeBuilder {
 public:
-    explicit TreeBuilder(JsonTokenizer& aTokenizer) : mTokenizer(aTokenizer) {}
+    explicit TreeBuilder(JsonTokenizer& aTokenizer)
+        : mTokenizer(aTokenizer), mPool(TreePool::create()) {}
+    ~TreeBuilder() {
+        for (JsonValue* const value : mWaiting) delete value;
+    }
+    TreeBuilder(const TreeBuilder&) = delete;
+    TreeBuilder& operator=(const TreeBuilder&) = delete;
 
-    Value build() {
-        Value done = start();
-        while (!mLevels.empty()) done = done ? deliver(std::move(done)) : start();
-        return done;
+    std::unique_ptr<JsonValue> build() {
+        bool isComplete = start();
+        while (!mLevels.empty()) isComplete = isComplete ? proceed() : start();
+        // A tree in a pool has a container for its root; a scalar comes out as a copy.
+        if (!mRoot) mRoot.reset(mWaiting.back()->clone());
+        return std::move(mRoot);
     }
 
 private:
+    /// A container that is not complete.
     struct Level {
-        Value container;
-        Value name; ///< of a member whose value is still to come
+        std::size_t firstChild; ///< where its children begin among those that wait
         bool isObject;
+        bool isPlain; ///< none of its children needs to be destroyed
     };
 
-    /// Parses the value that begins with the current token: gives a scalar or an empty container,
-    /// or begins a level, gives nothing and stands on the first token of its first child.
-    Value start() {
+    /// Parses the value that begins with the current token. True if it is complete; else it is a
+    /// container, and the current token is the first of its first child.
+    bool start() {
         switch (mTokenizer.getToken()) {
         case JsonToken::End:
             throw JsonParserError("no input");
         case JsonToken::ArrayBegin:
-            return open(Value(JsonValue::createArray()), JsonToken::ArrayEnd, false);
+            return open(false);
         case JsonToken::ObjectBegin:
-            return open(Value(JsonValue::createObject()), JsonToken::ObjectEnd, true);
+            return open(true);
         case JsonToken::Null:
-            return Value(JsonValue::createNull());
+            next() = mPool->createNull();
+            break;
         case JsonToken::False:
-            return Value(JsonValue::createBoolean(false));
+            next() = mPool->createBoolean(false);
+            break;
         case JsonToken::True:
-            return Value(JsonValue::createBoolean(true));
+            next() = mPool->createBoolean(true);
+            break;
         case JsonToken::Integer:
-            return Value(JsonValue::createInteger(mTokenizer.getIntegerValue()));
+            next() = mPool->createInteger(mTokenizer.getIntegerValue());
+            break;
         case JsonToken::Float:
-            return Value(JsonValue::createFloat(mTokenizer.getFloatValue()));
+            next() = mPool->createFloat(mTokenizer.getFloatValue());
+            break;
         case JsonToken::String:
-            return Value(JsonValue::createString(mTokenizer.getText()));
+            addString(mTokenizer.getTextView());
+            break;
         default:
             throw JsonParserError("unexpected token");
         }
+        return true;
     }
 
-    Value open(Value aContainer, JsonToken aEnd, bool aIsObject) {
-        if (mTokenizer.nextToken() == aEnd) return aContainer;
-        mLevels.push_back({std::move(aContainer), nullptr, aIsObject});
-        return nullptr;
+    /// The place of the next value on the stack, there before the value so that none is lost.
+    JsonValue*& next() { return mWaiting.emplace_back(nullptr); }
+
+    void addString(std::string_view aText) {
+        next() = mPool->createString(aText);
+        if (aText.size() > TreePool::plainStringSize() && !mLevels.empty()) {
+            mLevels.back().isPlain = false;
+        }
     }
 
-    /// Puts a finished value into the innermost container: gives that container if it is complete
-    /// now, or stands on the first token of its next child.
-    Value deliver(Value aDone) {
-        Level& level = mLevels.back();
-        if (!level.isObject) {
-            level.container->appendValue(aDone.get());
-            static_cast<void>(aDone.release());
-            return closeOrContinue(JsonToken::ArrayEnd, "',' or ']' expected");
+    bool open(bool aIsObject) {
+        mLevels.push_back({mWaiting.size(), aIsObject, true});
+        if (mTokenizer.nextToken() != endOf(aIsObject)) return false;
+        close();
+        return true;
+    }
+
+    static JsonToken endOf(bool aIsObject) {
+        return aIsObject ? JsonToken::ObjectEnd : JsonToken::ArrayEnd;
+    }
+
+    /// Goes on behind a complete value: true if that completes the innermost container, else the
+    /// current token is the first of the next child.
+    bool proceed() {
+        const Level& level = mLevels.back();
+        const bool isBehindName = level.isObject && (mWaiting.size() - level.firstChild) % 2 != 0;
+        if (isBehindName) {
+            if (mWaiting.back()->getType() != JsonType::String) {
+                throw JsonParserError("string expected");
+            }
+            if (mTokenizer.nextToken() != JsonToken::Colon) throw JsonParserError("':' expected");
+        } else {
+            const JsonToken token = mTokenizer.nextToken();
+            if (token == endOf(level.isObject)) {
+                close();
+                return true;
+            }
+            if (token != JsonToken::Comma) {
+                throw JsonParserError(level.isObject ? "',' or '}' expected"
+                                                     : "',' or ']' expected");
+            }
         }
-        if (level.name) {
-            level.container->appendNameAndValue(level.name.get(), aDone.get());
-            static_cast<void>(level.name.release());
-            static_cast<void>(aDone.release());
-            return closeOrContinue(JsonToken::ObjectEnd, "',' or '}' expected");
-        }
-        if (aDone->getType() != JsonType::String) throw JsonParserError("string expected");
-        level.name = std::move(aDone);
-        if (mTokenizer.nextToken() != JsonToken::Colon) throw JsonParserError("':' expected");
         mTokenizer.nextToken();
-        return nullptr;
+        return false;
     }
 
-    Value closeOrContinue(JsonToken aEnd, const char* aExpected) {
-        const JsonToken token = mTokenizer.nextToken();
-        if (token == aEnd) {
-            Value done = std::move(mLevels.back().container);
-            mLevels.pop_back();
-            return done;
+    /// Puts a container in the place of the children that waited for it.
+    void close() {
+        const Level level = mLevels.back();
+        const std::size_t count = mWaiting.size() - level.firstChild;
+        next(); // there is room for the container before it takes its children over
+        JsonValue** const slots = mWaiting.data() + level.firstChild;
+        const TreePool::Children children{level.isObject, level.isPlain, slots, count};
+        mLevels.pop_back();
+        if (mLevels.empty()) {
+            mRoot.reset(TreePool::createRoot(mPool, children));
+            mWaiting.clear();
+        } else {
+            *slots = mPool->createContainer(children);
+            mWaiting.resize(level.firstChild + 1);
+            mLevels.back().isPlain &= level.isPlain;
         }
-        if (token != JsonToken::Comma) throw JsonParserError(aExpected);
-        mTokenizer.nextToken();
-        return nullptr;
     }
 
     JsonTokenizer& mTokenizer;
+    TreePool::Owner mPool;            ///< outlives what waits
+    std::vector<JsonValue*> mWaiting; ///< finished values without a container, innermost last
     std::vector<Level> mLevels;
+    std::unique_ptr<JsonValue> mRoot;
 };
 
 } // namespace
@@ -115,7 +159,7 @@ JsonParser::JsonParser(JsonTokenizer& aTokenizer, std::int32_t aOptions)
 JsonParser::~JsonParser() = default;
 
 JsonValue* JsonParser::parse(bool aExpectEnd) {
-    Value root = TreeBuilder(mState->tokenizer).build();
+    std::unique_ptr<JsonValue> root = TreeBuilder(mState->tokenizer).build();
     if (aExpectEnd && mState->tokenizer.nextToken() != JsonToken::End) {
         throw JsonParserError("unexpected characters after value");
     }

@@ -5,6 +5,7 @@
 #include "vexil/unicode_strings.h"
 
 #include <array>
+#include <bit>
 #include <cerrno>
 #include <charconv>
 #include <cstring>
@@ -88,7 +89,8 @@ int escapedByte(int aLetter) {
 struct Scan {
     int current = nothingRead; ///< the character behind the token: 0 to 255 or one of the above
     JsonToken token = JsonToken::Invalid;
-    std::string text;
+    std::string_view text; ///< of the token: in the buffer, in the block being read, or constant
+    std::string buffer;    ///< reused from token to token
     std::int32_t integerValue = 0;
     double floatValue = 0.0;
 };
@@ -118,6 +120,9 @@ public:
         while (mCurrent >= 0 && !hasClass(mCurrent, ClassStringStop)) take(aText);
     }
 
+    /// Only a block of memory can be looked at as a whole.
+    static bool takeWholeString(std::string_view&, bool&) { return false; }
+
 private:
     void take(std::string& aText) {
         aText.push_back(static_cast<char>(mCurrent));
@@ -128,21 +133,39 @@ private:
     int mCurrent;
 };
 
-/// Where the first byte stands that may not be in a string as it is; @p aEnd if there is none.
-const char* findStringStop(const char* aText, const char* aEnd) {
+/// A run of bytes that a string may hold as they are.
+struct PlainRun {
+    const char* end;
+    bool isAscii;
+};
+
+/// Measures the plain run at the beginning of a text.
+PlainRun measurePlainRun(const char* aText, const char* aEnd) {
     constexpr std::uint64_t ones = 0x0101010101010101;
     constexpr std::uint64_t highBits = ones * 0x80;
-    for (std::uint64_t word = 0; aEnd - aText >= 8; aText += 8) {
+    std::uint64_t seen = 0;
+    for (std::uint64_t word = 0; aEnd - aText >= 8; aText += 8, seen |= word) {
         std::memcpy(&word, aText, 8);
-        // Each term has a high bit set if some byte is below 0x20, a quotation mark, a backslash.
+        // Each term has the high bit of a byte set that is below 0x20, a quotation mark, a
+        // backslash; above the first such byte a borrow may set others.
         const std::uint64_t quote = word ^ (ones * '"');
         const std::uint64_t backslash = word ^ (ones * '\\');
         const std::uint64_t stops = ((word - ones * 0x20) & ~word) | ((quote - ones) & ~quote) |
                                     ((backslash - ones) & ~backslash);
-        if ((stops & highBits) != 0) break;
+        if ((stops & highBits) == 0) continue;
+        if constexpr (std::endian::native == std::endian::little) {
+            const int before = std::countr_zero(stops & highBits) & ~7; // bits of the bytes before
+            seen |= word & ((std::uint64_t{1} << before) - 1);
+            return {aText + before / 8, (seen & highBits) == 0};
+        }
+        break;
     }
-    while (aText != aEnd && !hasClass(static_cast<unsigned char>(*aText), ClassStringStop)) ++aText;
-    return aText;
+    for (; aText != aEnd; ++aText) {
+        const auto byte = static_cast<unsigned char>(*aText);
+        if (hasClass(byte, ClassStringStop)) break;
+        seen |= byte;
+    }
+    return {aText, (seen & highBits) == 0};
 }
 
 /// The same characters out of a block of memory, whole runs at once. The stream's position follows
@@ -174,7 +197,19 @@ public:
     }
     void takePlain(std::string& aText) {
         if (mCurrent < 0 || hasClass(mCurrent, ClassStringStop)) return;
-        takeUntil(findStringStop(mNext, mEnd), aText);
+        takeUntil(measurePlainRun(mNext, mEnd).end, aText);
+    }
+
+    /// Standing on the quotation mark that begins a string: if all up to the next one is plain,
+    /// gives that and stands behind it. Otherwise nothing is taken.
+    bool takeWholeString(std::string_view& aText, bool& aIsAscii) {
+        const PlainRun run = measurePlainRun(mNext, mEnd);
+        if (run.end == mEnd || *run.end != '"') return false;
+        aText = {mNext, static_cast<std::size_t>(run.end - mNext)};
+        aIsAscii = run.isAscii;
+        mNext = run.end + 1;
+        advance();
+        return true;
     }
 
 private:
@@ -195,6 +230,12 @@ private:
     int mCurrent;
 };
 
+/// The text of a token of one character, as a view of a constant.
+std::string_view textOf(JsonToken aToken) {
+    constexpr std::string_view characters = " [{]}:,"; // at the index of their kind
+    return characters.substr(static_cast<std::size_t>(aToken), 1);
+}
+
 /// Scans one token. What it does is the same over either source.
 template <class Source>
 class Scanner {
@@ -207,8 +248,7 @@ public:
             mSource.skipSpace();
             if (aReportWhitespace) return JsonToken::Whitespace;
         }
-        const int first = mSource.current();
-        switch (first) {
+        switch (mSource.current()) {
         case endOfInput:
             return JsonToken::End;
         case '"':
@@ -226,27 +266,42 @@ public:
         case ',':
             return takeSingle(JsonToken::Comma);
         default:
-            break;
+            return scanInBuffer();
         }
-        if (first == '-' || hasClass(first, ClassDigit)) return scanNumber();
-        return hasClass(first, ClassLetter) ? scanKeyword() : takeSingle(JsonToken::Invalid);
     }
 
 private:
-    int take() {
-        mScan.text.push_back(static_cast<char>(mSource.current()));
-        return mSource.advance();
+    JsonToken takeSingle(JsonToken aToken) {
+        mScan.text = textOf(aToken);
+        mSource.advance();
+        return aToken;
     }
 
-    JsonToken takeSingle(JsonToken aToken) {
+    /// Scans a number, a keyword or a stray character.
+    JsonToken scanInBuffer() {
+        mScan.buffer.clear();
+        const JsonToken token = scanNumberOrWord();
+        mScan.text = mScan.buffer;
+        return token;
+    }
+
+    JsonToken scanNumberOrWord() {
+        const int first = mSource.current();
+        if (first == '-' || hasClass(first, ClassDigit)) return scanNumber();
+        if (hasClass(first, ClassLetter)) return scanKeyword();
         take();
-        return aToken;
+        return JsonToken::Invalid;
+    }
+
+    int take() {
+        mScan.buffer.push_back(static_cast<char>(mSource.current()));
+        return mSource.advance();
     }
 
     JsonToken scanKeyword() {
         while (hasClass(mSource.current(), ClassLetter)) take();
         for (const Keyword& keyword : keywords) {
-            if (mScan.text == keyword.text) return keyword.token;
+            if (mScan.buffer == keyword.text) return keyword.token;
         }
         return JsonToken::Invalid;
     }
@@ -257,8 +312,9 @@ private:
             return JsonToken::Invalid;
         }
         if (!isFloat) {
-            const char* const end = mScan.text.data() + mScan.text.size();
-            const auto result = std::from_chars(mScan.text.data(), end, mScan.integerValue);
+            const char* const text = mScan.buffer.data();
+            const auto result =
+                std::from_chars(text, text + mScan.buffer.size(), mScan.integerValue);
             if (result.ec == std::errc()) return JsonToken::Integer;
         }
         return convertFloat() ? JsonToken::Float : JsonToken::Invalid;
@@ -288,20 +344,30 @@ private:
     /// Takes one digit or more; false if there is none.
     bool takeDigits() {
         if (!hasClass(mSource.current(), ClassDigit)) return false;
-        mSource.takeDigits(mScan.text);
+        mSource.takeDigits(mScan.buffer);
         return true;
     }
 
     bool convertFloat() {
         const char* end = nullptr;
         errno = 0; // a plugin may have left an error there
-        const double value = strToDouble(mScan.text.c_str(), &end);
-        if (errno != 0 || end != mScan.text.data() + mScan.text.size()) return false;
+        const double value = strToDouble(mScan.buffer.c_str(), &end);
+        if (errno != 0 || end != mScan.buffer.data() + mScan.buffer.size()) return false;
         mScan.floatValue = value;
         return true;
     }
 
     bool scanString() {
+        bool isAscii = false;
+        if (mSource.takeWholeString(mScan.text, isAscii)) return isText(isAscii);
+        mScan.buffer.clear();
+        const bool isComplete = scanStringInBuffer();
+        mScan.text = mScan.buffer;
+        return isComplete && isText(false);
+    }
+
+    /// Scans from the opening quotation mark on and stands behind the closing one.
+    bool scanStringInBuffer() {
         int character = mSource.advance();
         std::uint32_t highSurrogate = 0; // 0: none is pending
         for (;;) {
@@ -312,11 +378,11 @@ private:
                 return false;
             } else if (character == '"') {
                 mSource.advance();
-                return isValidUtf8();
+                return true;
             } else if (hasClass(character, ClassStringStop)) {
                 return false;
             } else {
-                mSource.takePlain(mScan.text);
+                mSource.takePlain(mScan.buffer);
             }
             character = mSource.current();
         }
@@ -329,7 +395,7 @@ private:
         if (letter == 'u') return scanUnicodeEscape(aHighSurrogate);
         if (aHighSurrogate != 0) return false;
         const int byte = escapedByte(letter);
-        if (byte >= 0) mScan.text.push_back(static_cast<char>(byte));
+        if (byte >= 0) mScan.buffer.push_back(static_cast<char>(byte));
         mSource.advance(); // an unknown escape is dropped, with the one byte behind its backslash
         return true;
     }
@@ -357,11 +423,13 @@ private:
             aHighSurrogate = aUnit;
             return true;
         }
-        UnicodeString32::appendUtf8(mScan.text, aUnit);
+        UnicodeString32::appendUtf8(mScan.buffer, aUnit);
         return true;
     }
 
-    bool isValidUtf8() const {
+    /// Whether the text is valid UTF-8; plain ASCII is, and only its length is left to be judged.
+    bool isText(bool aIsAscii) const {
+        if (aIsAscii && mScan.text.size() < 0x1000000) return true;
         try {
             UnicodeString32::checkUtf8(mScan.text.data(), mScan.text.size());
         } catch (const EncodingError&) {
@@ -402,7 +470,7 @@ JsonTokenizer::~JsonTokenizer() = default;
 JsonToken JsonTokenizer::nextToken() {
     Scan& scan = mState->scan;
     scan.token = JsonToken::Invalid;
-    scan.text.clear();
+    scan.text = {};
     scan.integerValue = 0;
     scan.floatValue = 0.0;
     if (mState->memory != nullptr) {
@@ -422,8 +490,17 @@ std::int32_t JsonTokenizer::getIntegerValue() const {
 double JsonTokenizer::getFloatValue() const {
     return mState->scan.floatValue;
 }
-const std::string& JsonTokenizer::getText() const {
+std::string_view JsonTokenizer::getTextView() const {
     return mState->scan.text;
+}
+
+const std::string& JsonTokenizer::getText() const {
+    Scan& scan = mState->scan;
+    if (scan.text.data() != scan.buffer.data()) {
+        scan.buffer.assign(scan.text);
+        scan.text = scan.buffer;
+    }
+    return scan.buffer;
 }
 
 } // namespace vexil

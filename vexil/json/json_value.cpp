@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <cstring>
-#include <typeinfo>
+#include <memory>
+#include <stdexcept>
+#include <utility>
 #include <vector>
 
 namespace vexil {
@@ -91,12 +93,14 @@ JsonValue* JsonValue::createObject() {
 
 void JsonValueContainer::grow(std::uint32_t aSlots) {
     constexpr std::uint32_t firstCapacity = 4;
-    constexpr std::uint32_t maxCapacity = 0x40000000; // the walk below counts twice as far
-    if (mCapacity >= maxCapacity) throw std::length_error("JsonValue: too many entries");
-    const std::uint32_t capacity = std::max(firstCapacity, mCapacity * 2);
+    constexpr std::uint32_t maxCount = 0x80000000;
+    if (mCount >= maxCount) throw std::length_error("JsonValue: too many entries");
+    const std::uint32_t capacity = std::max(firstCapacity, mCount + mCount / 2 + 1);
     std::unique_ptr<JsonValue*[]> slots(new JsonValue*[std::size_t{capacity} * aSlots]);
-    std::copy_n(mSlots.get(), std::size_t{mCount} * aSlots, slots.get());
-    mSlots = std::move(slots);
+    std::copy_n(mSlots, std::size_t{mCount} * aSlots, slots.get());
+    if (mCapacity != 0) delete[] mSlots;
+    if (mPlainPool != nullptr) mPlainPool->setGrown();
+    mSlots = slots.release();
     mCapacity = capacity;
 }
 
@@ -105,18 +109,20 @@ void JsonValueContainer::throwOutOfRange(std::uint32_t aIndex) const {
     static_cast<void>(std::vector<char>(mCount).at(aIndex));
 }
 
-bool JsonValueContainer::isObject() const {
-    return getType() == JsonType::Object;
-}
-
-/// The value as a container with children to walk into; null for anything else, values of classes
-/// from outside this library included.
-JsonValueContainer* JsonValueContainer::asFilledContainer(JsonValue* aValue) {
+const JsonValueContainer* JsonValueContainer::from(const JsonValue* aValue) {
     if (aValue == nullptr || aValue->getType() < JsonType::Array) return nullptr;
     const std::type_info& type = typeid(*aValue);
-    if (type != typeid(JsonValueArray) && type != typeid(JsonValueObject)) return nullptr;
-    auto* const container = static_cast<JsonValueContainer*>(aValue);
-    return container->mCount == 0 ? nullptr : container;
+    const bool isOurs =
+        type == typeid(InPool<JsonValueObject>) || type == typeid(InPool<JsonValueArray>) ||
+        type == typeid(JsonValueObject) || type == typeid(JsonValueArray) ||
+        type == typeid(PoolRoot<JsonValueObject>) || type == typeid(PoolRoot<JsonValueArray>);
+    return isOurs ? static_cast<const JsonValueContainer*>(aValue) : nullptr;
+}
+
+/// The value as a container whose children are to be destroyed one by one, or null.
+JsonValueContainer* JsonValueContainer::asWalked(JsonValue* aValue) {
+    auto* const container = const_cast<JsonValueContainer*>(from(aValue));
+    return container != nullptr && container->needsWalk() ? container : nullptr;
 }
 
 /// The slot of the child that comes after @p aTaken others: the elements of an array in order, all
@@ -141,15 +147,14 @@ JsonValueContainer* JsonValueContainer::leave() {
 }
 
 bool JsonValueContainer::isDone() const {
-    return mTaken == (isObject() ? 2 * mCount : mCount);
+    return mTaken == (isObject() ? std::size_t{2} * mCount : mCount);
 }
 
-void JsonValueContainer::destroyChildren() {
-    if (mCount == 0) return;
+void JsonValueContainer::walkAndDestroy() {
     JsonValueContainer* current = this;
     JsonValue* child = enter(nullptr);
     for (;;) {
-        if (JsonValueContainer* const container = asFilledContainer(child)) {
+        if (JsonValueContainer* const container = asWalked(child)) {
             child = container->enter(current);
             current = container;
             continue;
@@ -201,11 +206,10 @@ private:
 
     /// Copies a value at once, or begins a level for a container of ours and gives nothing yet.
     std::unique_ptr<JsonValue> start(const JsonValue& aSource) {
-        const std::type_info& type = typeid(aSource);
-        const bool isObject = type == typeid(JsonValueObject);
-        if (!isObject && type != typeid(JsonValueArray)) {
+        if (JsonValueContainer::from(&aSource) == nullptr) {
             return std::unique_ptr<JsonValue>(aSource.clone());
         }
+        const bool isObject = aSource.getType() == JsonType::Object;
         std::unique_ptr<JsonValue> copy(isObject ? JsonValue::createObject()
                                                  : JsonValue::createArray());
         mLevels.push_back({&aSource, std::move(copy), nullptr, aSource.getSize(), isObject});

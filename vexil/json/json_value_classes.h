@@ -1,24 +1,25 @@
 #pragma once
 
+#include "vexil/json/json_tree_pool.h"
 #include "vexil/json/json_value.h"
 
 #include <cstddef>
-#include <memory>
 #include <string>
-#include <utility>
+#include <string_view>
+#include <typeinfo>
 
 // The concrete kinds of values. Private to the JSON library: everybody else creates values through
 // the factories of JsonValue.
 
 namespace vexil {
 
-class JsonValueNull final : public JsonValueDefault {
+class JsonValueNull : public JsonValueDefault {
 public:
     JsonType getType() const override { return JsonType::Null; }
     JsonValue* clone() const override { return new JsonValueNull; }
 };
 
-class JsonValueBoolean final : public JsonValueDefault {
+class JsonValueBoolean : public JsonValueDefault {
 public:
     explicit JsonValueBoolean(bool aValue) : mValue(aValue) {}
     JsonType getType() const override { return JsonType::Boolean; }
@@ -29,7 +30,7 @@ private:
     bool mValue;
 };
 
-class JsonValueInteger final : public JsonValueDefault {
+class JsonValueInteger : public JsonValueDefault {
 public:
     explicit JsonValueInteger(std::int32_t aValue) : mValue(aValue) {}
     JsonType getType() const override { return JsonType::Integer; }
@@ -40,7 +41,7 @@ private:
     std::int32_t mValue;
 };
 
-class JsonValueFloat final : public JsonValueDefault {
+class JsonValueFloat : public JsonValueDefault {
 public:
     explicit JsonValueFloat(double aValue) : mValue(aValue) {}
     JsonType getType() const override { return JsonType::Float; }
@@ -51,9 +52,9 @@ private:
     double mValue;
 };
 
-class JsonValueString final : public JsonValueDefault {
+class JsonValueString : public JsonValueDefault {
 public:
-    explicit JsonValueString(std::string aText) : mText(std::move(aText)) {}
+    explicit JsonValueString(std::string_view aText) : mText(aText) {}
     JsonType getType() const override { return JsonType::String; }
     const std::string& getString() const override { return mText; }
     JsonValue* clone() const override { return new JsonValueString(mText); }
@@ -68,43 +69,64 @@ class JsonValueContainer : public JsonValueDefault {
 public:
     std::uint32_t getSize() const override { return mCount; }
 
+    /// The value as a container of this library; null for any other, those of classes from outside
+    /// included.
+    static const JsonValueContainer* from(const JsonValue* aValue);
+
 protected:
     JsonValueContainer() = default;
+    /// A container of children in a pool. The slots belong to the pool as well. A null @p
+    /// aPlainPool says that something below needs to be destroyed.
+    JsonValueContainer(JsonValue** aSlots, std::uint32_t aCount, TreePool* aPlainPool)
+        : mSlots(aSlots), mCount(aCount), mPlainPool(aPlainPool) {}
+    ~JsonValueContainer() override {
+        if (mCapacity != 0) delete[] mSlots;
+    }
 
     /// Makes room for one more entry of @p aSlots slots. On failure nothing has changed.
     void growForOne(std::uint32_t aSlots) {
-        if (mCount == mCapacity) grow(aSlots);
+        if (mCount >= mCapacity) grow(aSlots);
     }
     /// Throws std::out_of_range unless there is an entry @p aIndex.
     void checkIndex(std::uint32_t aIndex) const {
         if (aIndex >= mCount) throwOutOfRange(aIndex);
     }
-    /// Destroys everything below, in order, without recursion and without allocating. Every final
-    /// class calls it in its destructor.
-    void destroyChildren();
+    /// Destroys everything below, in order, without recursion and without allocating. Every kind of
+    /// container calls it in its destructor.
+    void destroyChildren() {
+        if (needsWalk()) walkAndDestroy();
+    }
 
-    std::unique_ptr<JsonValue*[]> mSlots;
+    JsonValue** mSlots = nullptr;
     std::uint32_t mCount = 0; ///< entries
 
 private:
-    static JsonValueContainer* asFilledContainer(JsonValue* aValue);
-
     void grow(std::uint32_t aSlots);
     void throwOutOfRange(std::uint32_t aIndex) const;
-    bool isObject() const;
+    bool isObject() const { return getType() == JsonType::Object; }
+
+    bool needsWalk() const {
+        return mCount != 0 && (mPlainPool == nullptr || mPlainPool->hasGrown());
+    }
+    void walkAndDestroy();
+    static JsonValueContainer* asWalked(JsonValue* aValue);
     std::size_t slotInOrder(std::size_t aTaken) const;
     JsonValue* enter(JsonValueContainer* aParent);
     JsonValueContainer* leave();
     bool isDone() const;
 
+    std::uint32_t mCapacity = 0; ///< entries; 0: there are no slots, or they belong to a pool
     union {
-        std::uint32_t mCapacity = 0; ///< entries
-        std::uint32_t mTaken;        ///< while destroying: children taken so far
+        TreePool* mPlainPool = nullptr; ///< set if nothing below needs to be destroyed
+        std::size_t mTaken;             ///< on the walk: children taken so far
     };
 };
 
-class JsonValueArray final : public JsonValueContainer {
+class JsonValueArray : public JsonValueContainer {
 public:
+    JsonValueArray() = default;
+    JsonValueArray(JsonValue** aSlots, std::uint32_t aCount, TreePool* aPlainPool)
+        : JsonValueContainer(aSlots, aCount, aPlainPool) {}
     ~JsonValueArray() override { destroyChildren(); }
     JsonType getType() const override { return JsonType::Array; }
     const JsonValue* getValueAt(std::uint32_t aIndex) const override { return at(aIndex); }
@@ -122,8 +144,11 @@ private:
     }
 };
 
-class JsonValueObject final : public JsonValueContainer {
+class JsonValueObject : public JsonValueContainer {
 public:
+    JsonValueObject() = default;
+    JsonValueObject(JsonValue** aSlots, std::uint32_t aCount, TreePool* aPlainPool)
+        : JsonValueContainer(aSlots, aCount, aPlainPool) {}
     ~JsonValueObject() override { destroyChildren(); }
     JsonType getType() const override { return JsonType::Object; }
     const JsonValue* getNameAt(std::uint32_t aIndex) const override { return at(aIndex, 0); }
@@ -146,6 +171,24 @@ private:
         return mSlots[std::size_t{2} * aIndex + aPart];
     }
     JsonValue* find(const char* aName) const;
+};
+
+/// A value whose memory goes with its pool.
+template <class Kind>
+class InPool final : public Kind {
+public:
+    using Kind::Kind;
+    static void operator delete(void*) noexcept {}
+};
+
+/// The root of a tree in a pool, whose end is the pool's.
+template <class Kind>
+class PoolRoot final : public Kind {
+public:
+    using Kind::Kind;
+    static void operator delete(void* aRoot) noexcept {
+        TreePool::release(TreePool::ofRoot(aRoot));
+    }
 };
 
 } // namespace vexil
