@@ -102,8 +102,9 @@ std::string makeDecimal(Random& aRandom, std::uint64_t aLimit, std::size_t aDeci
                 makeDigits(aRandom, aDecimals));
 }
 
+// Six digits at most, and no zero at the end.
 std::string makeShortDecimal(Random& aRandom) {
-    return makeDecimal(aRandom, 1000, aRandom.between(1, 3));
+    return makeDecimal(aRandom, 1000, aRandom.between(1, 2)) + makeDigits(aRandom, 1);
 }
 
 std::string makeCoordinate(Random& aRandom) {

@@ -18,7 +18,7 @@ void JsonC::Release::operator()(void* aTree) const {
 }
 
 JsonC::Tree JsonC::parse(const std::string& aText) {
-    const std::unique_ptr<json_tokener, Free<json_tokener_free>> tokener(json_tokener_new_ex(1000));
+    const std::unique_ptr<json_tokener, Free<json_tokener_free>> tokener(json_tokener_new_ex(128));
     json_tokener_set_flags(tokener.get(), JSON_TOKENER_STRICT | JSON_TOKENER_VALIDATE_UTF8);
     Tree tree(json_tokener_parse_ex(tokener.get(), aText.data(), static_cast<int>(aText.size())));
     require(json_tokener_get_error(tokener.get()) == json_tokener_success);

@@ -101,7 +101,7 @@ struct BoostJson {
     static constexpr auto name = "boost.json";
     static auto parse(const std::string& aText) {
         boost::json::parse_options options;
-        options.max_depth = 1000;
+        options.max_depth = 128;
         return boost::json::parse(aText, {}, options);
     }
     template <typename Sink>

@@ -1,0 +1,7 @@
+// The least a program can do with a plugin: read, load, call, print. It does not look at the JSON.
+#include "bare_program.h"
+
+int main(int aCount, char** aArguments) {
+    if (aCount != 2) fail("usage: floor PLUGIN");
+    return std::puts(askPlugin(aArguments[1], readInput())) == EOF ? 2 : 0;
+}
