@@ -14,7 +14,7 @@ FILES = [
     "openssl req -new -nodes -keyout ec.key -subj /CN=leaf -newkey ec "
     "-pkeyopt ec_paramgen_curve:P-384 | openssl x509 -req -CA rsa.pem -CAkey rsa.key "
     "-set_serial -10 -out ec.pem",
-    "openssl x509 -in ec.pem -outform DER -out ec.der; openssl x509 -in ed.pem -outform DER -out ed.der",
+    "for name in ec ed; do openssl x509 -in $name.pem -outform DER -out $name.der; done",
     "cat ec.key ec.pem rsa.pem > bundle.pem; head -c 99 ec.der > cut.der; (cat ec.der; echo) > long.der",
     "openssl pkcs12 -export -in ec.pem -inkey ec.key -certfile rsa.pem -passout pass:ä1 -out ec.p12",
     "openssl pkcs12 -export -in ec.pem -nokeys -passout pass: -out nokey.p12",
@@ -43,29 +43,27 @@ ANSWERS = [  # members of the request; what the answer must hold; the same certi
     ({"file": "key.der"}, {"publicKeyAlgorithm": "1.3.101.127", "publicKeyBits": None}, None),
 ]
 NEITHER = ": neither a certificate in PEM or DER form nor a PKCS#12 file"
+WRONG_TAG = "cannot be decoded: wrong tag"
 ERRORS = [  # members of the request; code and message
     ({}, 1, 'member "file" is missing'), ({"file": 1}, 1, 'member "file" must be a string'),
     ({"file": ""}, 1, 'member "file" is empty'),
     ({"file": "rsa.pem\0"}, 1, 'member "file" must not hold a NUL character'),
     ({"file": "ec.p12", "password": None}, 1, 'member "password" must be a string'),
     ({"file": "nö"}, 2, "nö: no such file"), ({"file": "folder"}, 3, "folder: is a directory"),
-    ({"file": "empty/x"}, 2, "empty/x: no such file"),
     ({"file": "x" * 256}, 3, "x" * 256 + ": File name too long"),
     ({"file": "pipe"}, 3, "pipe: is not a regular file"),
     ({"file": "over.pem"}, 3, "over.pem: is larger than 1048576 bytes"),
     ({"file": "damaged.pem"}, 4, "damaged.pem: its PEM certificate is damaged: wrong tag"),
     *[({"file": name}, 4, name + NEITHER) for name in ("cut.der", "long.der", "empty", "rsa.key")],
-    ({"file": "names.der"}, 4, "names.der: the certificate's subject alternative name cannot be "
-                               "decoded: wrong tag"),
+    ({"file": "names.der"}, 4, "names.der: the certificate's subject alternative name " + WRONG_TAG),
     ({"file": "ec.p12"}, 5, "ec.p12: wrong password for this PKCS#12 file"),
     ({"file": "nomac.p12", "password": "y"}, 5, "nomac.p12: wrong password for this PKCS#12 file"),
 ]
 
 
 def openssl_view(pem):
-    text = subprocess.run(["openssl", "x509", "-in", pem, "-noout", "-dates", "-dateopt", "iso_8601",
-                           "-fingerprint", "-sha256", "-serial"], capture_output=True, text=True).stdout
-    values = re.findall("=(.*)", text)
+    command = "openssl x509 -noout -dates -dateopt iso_8601 -fingerprint -sha256 -serial -in " + pem
+    values = re.findall("=(.*)", subprocess.check_output(command.split(), text=True))
     times = [value.replace(" ", "T") for value in values[:2]]
     return dict(zip(("notBefore", "notAfter", "sha256Fingerprint", "serialNumber"), times + values[2:]),
                 pem=re.search("-----BEGIN C.*", pathlib.Path(pem).read_text(), re.S)[0])
