@@ -1,11 +1,9 @@
 #include "vexil/platform/platform.h"
 
-#include <algorithm>
 #include <array>
 #include <bit>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <ctime>
 #include <filesystem>
 #include <limits>
@@ -22,7 +20,7 @@
 #include <link.h>
 #include <locale.h>
 #include <signal.h>
-#include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 namespace vexil::platform {
@@ -30,18 +28,18 @@ namespace {
 
 // ---- Libraries
 
-bool isOtherThanFile(const char* aFileName) {
-    struct stat status;
-    return stat(aFileName, &status) == 0 && !S_ISREG(status.st_mode);
-}
-
 bool exists(const std::string& aFileName) {
-    struct stat status;
-    return stat(aFileName.c_str(), &status) == 0;
+    std::error_code error;
+    return std::filesystem::exists(aFileName, error);
 }
 
 bool contains(std::string_view aText, std::string_view aPart) {
     return aText.find(aPart) != std::string_view::npos;
+}
+
+bool mayHoldPrograms(const std::string& aFileName) {
+    struct statvfs status;
+    return statvfs(aFileName.c_str(), &status) == 0 && (status.f_flag & ST_NOEXEC) == 0;
 }
 
 // The GNU loader has no error numbers, only a text "FILE: PROBLEM", where FILE is what it could not
@@ -49,24 +47,25 @@ bool contains(std::string_view aText, std::string_view aPart) {
 //   - a name without a slash: it was searched for and not found           -> not found
 //   - a path where no file is                                             -> not found
 //   - a file, whatever is wrong with it (no ELF, another processor, ...)  -> not a loadable library
-// and from PROBLEM in the two cases that have nothing to do with the file itself: no memory, and a
-// symbol (or a version of it) that no loaded library defines. These two texts are not translated,
-// or translated as strerror() is.
-long loadErrorNumber(std::string_view aFileName, std::string_view aText) {
+// Two cases have nothing to do with the file itself. A missing symbol (or version of it) only the
+// text tells. Memory that ran out is in errno, zero before the call, but for the last step, mapping
+// the file: then again there is only the text, the same as for a file system without programs.
+long loadErrorNumber(std::string_view aFileName, std::string_view aText, int aErrno) {
     // The name may hold a colon itself.
     const auto nameEnd =
         aText.substr(0, aFileName.size()) == aFileName ? aFileName.size() : aText.find(": ");
     const auto file = aText.substr(0, nameEnd);
     const auto problem = aText.substr(file.size());
 
-    if (contains(aText, "out of memory") || contains(problem, std::strerror(ENOMEM))) {
-        return errorOutOfMemory;
-    }
     if (contains(problem, "undefined symbol") || contains(problem, "version `")) {
         return errorSymbolNotFound;
     }
-    const bool isFile = contains(file, "/") && exists(std::string(file));
-    return isFile ? errorNotALibrary : errorModuleNotFound;
+    if (aErrno == ENOMEM) return errorOutOfMemory;
+    const std::string path(file);
+    if (contains(problem, "failed to map segment") && mayHoldPrograms(path)) {
+        return errorOutOfMemory;
+    }
+    return contains(path, "/") && exists(path) ? errorNotALibrary : errorModuleNotFound;
 }
 
 // ---- Conversion to UTF-16
@@ -164,14 +163,17 @@ ModuleHandle openModule(const char* aFileName, long& aError) {
         return nullptr;
     }
     // The loader would wait for somebody to write into a named pipe.
-    if (contains(name, "/") && isOtherThanFile(aFileName)) {
+    std::error_code ignored;
+    if (contains(name, "/") && std::filesystem::is_fifo(aFileName, ignored)) {
         aError = errorNotALibrary;
         return nullptr;
     }
+    errno = 0;
     auto* const module = dlopen(aFileName, RTLD_NOW | RTLD_LOCAL);
     if (!module) {
+        const int error = errno;
         const char* const text = dlerror();
-        aError = loadErrorNumber(name, text ? text : "");
+        aError = loadErrorNumber(name, text ? text : "", error);
     }
     return module;
 }
