@@ -71,17 +71,23 @@ TEST_F(PosixModules, FailWithTheNumbersOfTheWindowsLoader) {
 }
 
 TEST_F(PosixModules, TellTheirAbsoluteNameInUtf16) {
-    fs::copy(SYMBOL_LIBRARY, "\xC3\xA9\xFF\xE2\x82");
-    void* const module = openModule("./\xC3\xA9\xFF\xE2\x82", error);
-    ASSERT_NE(module, nullptr) << error;
-    const auto name = fs::current_path().u16string() + u"/./\u00E9\uFFFD\uFFFD\uFFFD";
-    for (const auto room : {name.size() + 1, name.size(), name.size() - 2}) {
-        Units units(name.size() + 1, 0xEEEE);
-        const auto length = getModuleFileName(module, units.data(), std::uint32_t(room), error);
-        EXPECT_EQ(std::u16string(units.data(), units.data() + length), name.substr(0, room));
-        EXPECT_EQ(units[length], room > length ? 0 : 0xEEEE);
+    const auto here = fs::current_path();
+    const std::pair<std::string, std::u16string> rows[] = {
+        {"./\xC3\xA9\xFF\xE2\x82", here.u16string() + u"/./\u00E9\uFFFD\uFFFD\uFFFD"},
+        {"./ascii", here.u16string() + u"/./ascii"},
+        {here.string() + "/absolute", here.u16string() + u"/absolute"}};
+    for (const auto& [file, name] : rows) {
+        fs::copy(SYMBOL_LIBRARY, file);
+        void* const module = openModule(file.c_str(), error);
+        ASSERT_NE(module, nullptr) << file << error;
+        for (const auto room : {name.size() + 1, name.size(), name.size() - 2}) {
+            Units units(name.size() + 1, 0xEEEE);
+            const auto length = getModuleFileName(module, units.data(), std::uint32_t(room), error);
+            EXPECT_EQ(std::u16string(units.data(), units.data() + length), name.substr(0, room));
+            EXPECT_EQ(units[length], room > length ? 0 : 0xEEEE) << file;
+        }
+        closeModule(module);
     }
-    closeModule(module);
 }
 
 TEST(BrokenPipeGuard, LeavesTheSignalAsItWas) {

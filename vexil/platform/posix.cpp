@@ -1,17 +1,17 @@
 #include "vexil/platform/platform.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
-#include <filesystem>
 #include <limits>
 #include <memory>
 #include <span>
 #include <string>
 #include <string_view>
-#include <system_error>
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -20,6 +20,7 @@
 #include <link.h>
 #include <locale.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
 
@@ -28,9 +29,15 @@ namespace {
 
 // ---- Libraries
 
+// Instead of std::filesystem, which would bring all of the locales into a program that has the C++
+// runtime linked into it, which then starts later.
+mode_t typeOfFile(const char* aFileName) {
+    struct stat status;
+    return stat(aFileName, &status) == 0 ? status.st_mode & S_IFMT : 0;
+}
+
 bool exists(const std::string& aFileName) {
-    std::error_code error;
-    return std::filesystem::exists(aFileName, error);
+    return typeOfFile(aFileName.c_str()) != 0;
 }
 
 bool contains(std::string_view aText, std::string_view aPart) {
@@ -66,6 +73,16 @@ long loadErrorNumber(std::string_view aFileName, std::string_view aText, int aEr
         return errorOutOfMemory;
     }
     return contains(path, "/") && exists(path) ? errorNotALibrary : errorModuleNotFound;
+}
+
+// Empty if the working directory has no name.
+std::string makeAbsolute(const std::string& aPath) {
+    if (aPath.empty() || aPath.front() == '/') return aPath;
+    const std::unique_ptr<char, decltype(&std::free)> folder(getcwd(nullptr, 0), std::free);
+    if (!folder) return {};
+    std::string path(folder.get());
+    if (path.back() != '/') path += '/';
+    return path + aPath;
 }
 
 // ---- Conversion to UTF-16
@@ -123,6 +140,30 @@ std::size_t countUnits(Utf16Converter& aConverter, std::string_view aBytes) {
     }
 }
 
+bool isAscii(std::string_view aBytes) {
+    return std::ranges::none_of(aBytes, [](char aByte) { return (aByte & 0x80) != 0; });
+}
+
+// File names are bytes, whatever they mean; what is not UTF-8 becomes replacement characters. False
+// without memory.
+bool fileNameToUtf16(std::string_view aBytes, std::span<std::uint16_t>& aDest) {
+    // Most names need no converter, for which every start of the program would load a module.
+    if (isAscii(aBytes)) {
+        const auto part = aBytes.substr(0, aDest.size());
+        std::ranges::copy(part, aDest.begin());
+        aDest = aDest.subspan(part.size());
+        return true;
+    }
+    Utf16Converter converter("UTF-8");
+    if (!converter.isOpen()) return false;
+    while (converter.convert(aBytes, aDest) == Outcome::Invalid && !aDest.empty()) {
+        aBytes.remove_prefix(1);
+        aDest.front() = 0xFFFD;
+        aDest = aDest.subspan(1);
+    }
+    return true;
+}
+
 struct LocaleDeleter {
     using pointer = locale_t;
     void operator()(locale_t aLocale) const { freelocale(aLocale); }
@@ -163,8 +204,7 @@ ModuleHandle openModule(const char* aFileName, long& aError) {
         return nullptr;
     }
     // The loader would wait for somebody to write into a named pipe.
-    std::error_code ignored;
-    if (contains(name, "/") && std::filesystem::is_fifo(aFileName, ignored)) {
+    if (contains(name, "/") && typeOfFile(aFileName) == S_IFIFO) {
         aError = errorNotALibrary;
         return nullptr;
     }
@@ -181,27 +221,16 @@ ModuleHandle openModule(const char* aFileName, long& aError) {
 std::uint32_t getModuleFileName(ModuleHandle aModule, std::uint16_t* aDest, std::uint32_t aSize,
                                 long& aError) {
     struct link_map* module = nullptr;
-    std::error_code error;
-    std::filesystem::path path;
-    if (dlinfo(aModule, RTLD_DI_LINKMAP, &module) == 0) {
-        path = std::filesystem::absolute(module->l_name, error);
-    }
-    if (path.empty() || error) {
+    std::string path;
+    if (dlinfo(aModule, RTLD_DI_LINKMAP, &module) == 0) path = makeAbsolute(module->l_name);
+    if (path.empty()) {
         aError = errorModuleNotFound;
         return 0;
     }
-    Utf16Converter converter("UTF-8");
-    if (!converter.isOpen()) {
+    std::span<std::uint16_t> rest(aDest, aSize);
+    if (!fileNameToUtf16(path, rest)) {
         aError = errorOutOfMemory;
         return 0;
-    }
-    std::string_view bytes(path.native());
-    std::span<std::uint16_t> rest(aDest, aSize);
-    // File names are bytes, whatever they mean; what is not UTF-8 becomes replacement characters.
-    while (converter.convert(bytes, rest) == Outcome::Invalid && !rest.empty()) {
-        bytes.remove_prefix(1);
-        rest.front() = 0xFFFD;
-        rest = rest.subspan(1);
     }
     if (!rest.empty()) rest.front() = 0;
     return aSize - static_cast<std::uint32_t>(rest.size());
