@@ -16,8 +16,8 @@ NO_INPUT, BROKEN_PIPE = object(), object()
 # output     the expected line on standard output, without its end; "" for none at all
 # status     0 for a certificate and 2 for everything else if not given
 # plugin     the library's name without its suffix; None for the argument list args
-# shell      how to run the command "$@", where redirections or limits are part of the row
-# native     why the row is skipped when the program runs on another system than its own
+# shell      how to run the command "$@"; not used for a Windows program
+# native     why the row is skipped for a Windows program
 # unchecked  why the row is skipped under the sanitizers
 Row = collections.namedtuple(
     "Row", "label input output status error plugin args shell stdout native unchecked",
@@ -61,6 +61,8 @@ NO_ACTION = fatal(102, 'missing or invalid "action" member')
 WRONG_ACTION = fatal(102, 'invalid "action" member')
 UNEXPECTED = "unexpected token"
 TRAILING = "unexpected characters after value"
+POSIX_STREAMS = "needs the standard streams of a POSIX system"
+TIMEOUT = 120
 USAGE = "Usage: PROGRAM DLL_NAME\n"
 DEEP = '[{"a":' * 1000000 + "null" + "}]" * 1000000
 LONGEST = "x" * 67108861
@@ -69,7 +71,8 @@ ROWS = [
     # The command line
     Row("no argument", NO_INPUT, "", 1, USAGE, None, []),
     Row("two arguments", NO_INPUT, "", 1, USAGE, None, ["a", "b"]),
-    Row("usage to a closed stream", NO_INPUT, "", 1, "", None, [], '"$@" 2>&-'),
+    Row("usage to a closed stream", NO_INPUT, "", 1, "", None, [], '"$@" 2>&-',
+        native=POSIX_STREAMS),
     # Reading and checking the request
     Row("empty input", "", fatal(102, "no input")),
     Row("white space only", " \t\r\n", fatal(102, "no input")),
@@ -87,7 +90,8 @@ ROWS = [
     *(Row("action is " + repr(value), '{"action":"%s"}' % value, WRONG_ACTION)
       for value in ("getcertificate", "getCertificate ", r"getCertificate\u0000", "")),
     Row("first action decides", '{"action":"x","action":"getCertificate"}', WRONG_ACTION),
-    *(Row("input " + redirection, NO_INPUT, fatal(100, message), shell='"$@" ' + redirection)
+    *(Row("input " + redirection, NO_INPUT, fatal(100, message), shell='"$@" ' + redirection,
+          native=POSIX_STREAMS)
       for redirection, message in (("<.", "Is a directory"), ("<&-", "Bad file descriptor"),
                                    ("</proc/self/mem", "Input/output error"))),
     Row("longest string", '{"action":"%s"}' % LONGEST, WRONG_ACTION),
@@ -155,8 +159,9 @@ ROWS = [
         "{'c':1.5}},{'name':'a','value':''}]}"), certificate('"a":[1],"b":{"c":1.5},"a":""')),
     Row("error names", reply(error="{'error':[{'name':'errorCode','value':7},{'name':'erroMessage',"
         "'value':'m'},{'name':'errorMessage','value':'n'},{'name':'ErrorCode','value':8},"
+        "{'name':'errorCodes','value':null},"
         "{'name':'errorCode^u0000x','value':9}]}"),
-        '{"error":{"code":7,"message":"m","errorMessage":"n","ErrorCode":8,"code":9}}'),
+        '{"error":{"code":7,"message":"m","errorMessage":"n","ErrorCode":8,"errorCodes":null,"code":9}}'),
     Row("error names in a response", reply(response="{'response':[{'name':'errorCode','value':7},"
         "{'name':'erroMessage','value':'m'},{'name':'a^u0000b','value':'^u0000'}]}"),
         certificate(r'"errorCode":7,"erroMessage":"m","a":"\u0000"')),
@@ -170,10 +175,11 @@ ROWS = [
     Row("2,000,000 levels on a small stack", request(',"a":' + DEEP),
         sent('{"name":"a","value":%s}' % DEEP), shell='ulimit -s 256; "$@"'),
     Row("no memory", request(',"a":' + DEEP), "", shell='ulimit -v 65536; "$@"',
+        native="needs a limit that a POSIX shell sets",
         unchecked="the address sanitizer reserves more memory than the row allows"),
     # Standard output that cannot be written
     *(Row("%s to %s" % (what, where), text, "", 2, shell=shell, stdout=stdout,
-          native="needs the streams of a POSIX system")
+          native=POSIX_STREAMS)
       for what, text in (("result", request()), ("fatal error", "[]"),
                          ("large result", request(',"a":"%s"' % ("x" * 1000000))))
       for where, shell, stdout in (("a closed stream", '"$@" >&-', None),
@@ -190,6 +196,7 @@ class Runner:
         self.command = [*options.runner.split(), os.path.abspath(options.program)]
         self.plugins, self.sanitized = options.plugins, options.sanitized
         self.foreign = options.program.endswith(".exe")
+        self.shown = "Z:" + self.command[-1].replace("/", "\\") if self.foreign else self.command[-1]
         self.locale = "German" if self.foreign else make_locale(pathlib.Path(scratch))
         self.environment = dict(os.environ, LOCPATH=scratch)
         self.silent_pipe = os.pipe()[0]  # its other end stays open
@@ -199,13 +206,12 @@ class Runner:
     def reason_to_skip(self, row):
         if row.label == "numbers under a locale" and not self.locale:
             return "localedef cannot make a locale here"
-        foreign_reason = row.native or (row.shell and "needs a POSIX shell")
-        return (self.foreign and foreign_reason) or (self.sanitized and row.unchecked)
+        return (self.foreign and row.native) or (self.sanitized and row.unchecked)
 
     def command_line(self, row):
         suffix = ".dll" if self.foreign else ".so"
         arguments = row.args if row.plugin is None else ["./" + row.plugin + suffix]
-        shell = ["sh", "-c", row.shell, "sh"] if row.shell else []
+        shell = ["sh", "-c", row.shell, "sh"] if row.shell and not self.foreign else []
         return [*shell, *self.command, *arguments]
 
     def run(self, row):
@@ -215,16 +221,18 @@ class Runner:
         else:
             text = row.input if isinstance(row.input, bytes) else row.input.encode()
             stdin = {"input": text.replace(b"LOCALE", (self.locale or "").encode())}
-        result = subprocess.run(
-            self.command_line(row), **stdin, stderr=subprocess.PIPE, timeout=120,
-            stdout=self.broken_pipe if row.stdout is BROKEN_PIPE else subprocess.PIPE,
-            cwd=self.plugins, env=self.environment)
+        stdout = self.broken_pipe if row.stdout is BROKEN_PIPE else subprocess.PIPE
+        try:
+            result = subprocess.run(self.command_line(row), **stdin, stdout=stdout, timeout=TIMEOUT,
+                                    stderr=subprocess.PIPE, cwd=self.plugins, env=self.environment)
+        except subprocess.TimeoutExpired:
+            return "still running after %d seconds" % TIMEOUT
         return result.returncode, result.stdout or b"", result.stderr
 
     def expected(self, row):
         end = "\r\n" if self.foreign else "\n"
         status = 2 * (not row.output.startswith('{"get')) if row.status is None else row.status
-        error = row.error.replace("PROGRAM", self.command[-1]).replace("\n", end)
+        error = row.error.replace("PROGRAM", self.shown).replace("\n", end)
         return status, (row.output and row.output + end).encode(), error.encode()
 
     def check(self, row):
@@ -254,7 +262,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--program", required=True)
     parser.add_argument("--plugins", required=True, help="directory of the plugins")
-    parser.add_argument("--runner", default="", help="command that runs a foreign program")
+    parser.add_argument("--runner", default="", help="command that runs a Windows program")
     parser.add_argument("--sanitized", action="store_true", help="built with the sanitizers")
     with tempfile.TemporaryDirectory() as scratch:
         runner = Runner(parser.parse_args(), scratch)

@@ -37,7 +37,8 @@ void printJson(const JsonValue& aDocument) {
     writer.write(aDocument);
     text += '\n';
     if (!writeToStandardOutput(text)) {
-        // What is left in the buffer would otherwise be tried again on the way out.
+        // Nobody shall try again on the way out: neither the runtime with what is left in the
+        // buffer, nor a plugin that has last words and would raise the signal after all.
         vexil::platform::discardStandardOutput();
         endAfterFailure();
     }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <clocale>
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <optional>
@@ -62,11 +63,13 @@ public:
         }
         if (mResponse) *aResponse = mResponse->c_str();
         if (mError) *aError = mError->c_str();
-        errno = ERANGE; // which no later conversion may take for its own
+        mFile = std::tmpfile(); // where a closed standard stream was, unless somebody is there
+        errno = ERANGE;         // which no later conversion may take for its own
     }
 
 private:
     std::optional<std::string> mNote, mResponse, mError;
+    std::FILE* mFile = nullptr;
 };
 
 [[maybe_unused]] FixturePlugin plugin;

@@ -11,6 +11,8 @@ volatile std::sig_atomic_t calls = 0;
 class SignalPlugin final : public Plugin {
 public:
     ~SignalPlugin() {
+        std::puts("last words");
+        std::fflush(stdout);
         const int before = calls;
         std::raise(SIGPIPE);
         std::fprintf(stderr, "handler called %d times, then %d times\n", before, calls - before);
