@@ -1,8 +1,11 @@
 #include "vexil/json/json_writer.h"
 
 #include "vexil/exceptions.h"
+#include "vexil/json/float_text.h"
+#include "vexil/json/json_text.h"
 #include "vexil/unicode_strings.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <limits>
@@ -15,17 +18,14 @@ namespace vexil {
 
 namespace {
 
-/// How a character is written inside a string.
-enum CharacterForm : char {
-    FormPlain = 0,     ///< as it is
-    FormNonAscii = 1,  ///< a byte of a character from U+0080 on
-    FormUnicode = 'u', ///< "\u" and four digits; every other value: a backslash and this letter
-};
+constexpr char formPlain = 0;
+constexpr char formUnicode = 'u';
 
-constexpr std::array<char, 256> makeCharacterForms() {
-    std::array<char, 256> forms{};
-    for (std::size_t c = 0; c < 0x20; ++c) forms[c] = FormUnicode;
-    for (std::size_t c = 0x80; c < 0x100; ++c) forms[c] = FormNonAscii;
+/// How an ASCII character is written inside a string: as it is, as "\u" and four digits, or as a
+/// backslash and this letter.
+constexpr std::array<char, 128> makeCharacterForms() {
+    std::array<char, 128> forms{};
+    for (std::size_t c = 0; c < 0x20; ++c) forms[c] = formUnicode;
     forms['"'] = '"';
     forms['\\'] = '\\';
     forms['\b'] = 'b';
@@ -37,10 +37,6 @@ constexpr std::array<char, 256> makeCharacterForms() {
 }
 
 constexpr auto characterForms = makeCharacterForms();
-
-char formOf(char aByte) {
-    return characterForms[static_cast<unsigned char>(aByte)];
-}
 
 void appendUnicodeEscape(std::string& aText, std::uint32_t aUnit) {
     constexpr char digits[] = "0123456789abcdef";
@@ -60,32 +56,63 @@ void appendEscape(std::string& aText, std::uint32_t aCode) {
         appendUnicodeEscape(aText, 0xDC00 + (aCode & 0x3FF));
         return;
     }
-    const char form = aCode < 0x80 ? characterForms[aCode] : char{FormUnicode};
-    if (form == FormUnicode) {
+    const char form = aCode < characterForms.size() ? characterForms[aCode] : formUnicode;
+    if (form == formUnicode) {
         appendUnicodeEscape(aText, aCode);
         return;
     }
-    if (form != FormPlain) aText.push_back('\\');
-    aText.push_back(form == FormPlain ? static_cast<char>(aCode) : form);
+    if (form != formPlain) aText.push_back('\\');
+    aText.push_back(form == formPlain ? static_cast<char>(aCode) : form);
 }
 
-/// The text of a float: that of "%g" in the C locale, so always with a point as decimal point and
-/// two exponent digits at least.
-std::string_view formatFloat(double aValue, std::array<char, 128>& aArea) {
-    const auto result = std::to_chars(aArea.data(), aArea.data() + aArea.size(), aValue,
-                                      std::chars_format::general, 6);
-    return {aArea.data(), static_cast<std::size_t>(result.ptr - aArea.data())};
+/// Appends the quoted text of valid UTF-8. Runs of bytes that need no escape are copied whole;
+/// those of characters from U+0080 on need none.
+void appendQuoted(std::string& aText, std::string_view aBytes) {
+    aText.push_back('"');
+    const char* next = aBytes.data();
+    const char* const end = next + aBytes.size();
+    for (;;) {
+        const char* const run = next;
+        next = measurePlainRun(run, end).end;
+        aText.append(run, next);
+        if (next == end) break;
+        appendEscape(aText, static_cast<unsigned char>(*next++));
+    }
+    aText.push_back('"');
+}
+
+/// The same with an escape for every character from U+0080 on.
+void appendQuotedAscii(std::string& aText, const std::string& aBytes) {
+    UnicodeString32 codes;
+    codes.assignUtf8(aBytes);
+    aText.push_back('"');
+    const std::uint32_t* const data = codes.getData();
+    std::for_each_n(data, codes.getLength(),
+                    [&](std::uint32_t aCode) { appendEscape(aText, aCode); });
+    aText.push_back('"');
+}
+
+void checkText(const std::string& aBytes) {
+    const char* const end = aBytes.data() + aBytes.size();
+    const PlainRun run = measurePlainRun(aBytes.data(), end);
+    if (run.end == end && run.isAscii && aBytes.size() < shortTextSize) return;
+    UnicodeString32::checkUtf8(aBytes.data(), aBytes.size());
 }
 
 } // namespace
 
 struct JsonWriter::State {
     State(OutputStream& aStream, std::int32_t aFlags)
-        : mStream(aStream), mEscapeNonAscii(aFlags == EscapeNonAscii) {}
+        : mStream(aStream), mTarget(targetOf(aStream)), mEscapeNonAscii(aFlags == EscapeNonAscii) {}
 
     void writeTree(const JsonValue& aRoot);
 
 private:
+    static std::string* targetOf(OutputStream& aStream) {
+        auto* const stream = dynamic_cast<StringOutputStream*>(&aStream);
+        return stream != nullptr ? &stream->getTarget() : nullptr;
+    }
+
     /// A container whose children are being written.
     struct Level {
         const JsonValue* container;
@@ -109,10 +136,9 @@ private:
     void emitInteger(std::int32_t aValue);
     void emitFloat(double aValue);
     void emitString(const std::string& aBytes);
-    void appendQuotedBytes(const std::string& aBytes);
-    void appendQuotedAscii(const std::string& aBytes);
 
     OutputStream& mStream;
+    std::string* mTarget; ///< what the stream appends to, if it is exactly a StringOutputStream
     bool mEscapeNonAscii;
     bool mSpaceNeeded = false; ///< the last piece was a bare word or a number
     std::string mQuoted;       ///< reused from string to string
@@ -188,8 +214,12 @@ const JsonValue* JsonWriter::State::next() {
     return level.child();
 }
 
-/// Hands one piece of text to the stream.
+/// Hands one piece of text to the stream. A stream over a string is seen through.
 void JsonWriter::State::emit(std::string_view aPiece) {
+    if (mTarget != nullptr) {
+        mTarget->append(aPiece);
+        return;
+    }
     if (aPiece.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) {
         throw InvalidArgument("size out of range");
     }
@@ -197,7 +227,11 @@ void JsonWriter::State::emit(std::string_view aPiece) {
 }
 
 void JsonWriter::State::emitPunctuation(char aCharacter) {
-    emit({&aCharacter, 1});
+    if (mTarget != nullptr) {
+        mTarget->push_back(aCharacter);
+    } else {
+        emit({&aCharacter, 1});
+    }
     mSpaceNeeded = false;
 }
 
@@ -214,45 +248,28 @@ void JsonWriter::State::emitInteger(std::int32_t aValue) {
 }
 
 void JsonWriter::State::emitFloat(double aValue) {
-    std::array<char, 128> area;
+    FloatArea area;
     const std::string_view text = formatFloat(aValue, area);
     emitWord(text);
     if (text.find_first_of(".e") == std::string_view::npos) emit(".0");
 }
 
 void JsonWriter::State::emitString(const std::string& aBytes) {
-    UnicodeString32::checkUtf8(aBytes.data(), aBytes.size());
-    mQuoted.clear();
-    mQuoted.reserve(aBytes.size() + 2);
-    mQuoted.push_back('"');
-    if (mEscapeNonAscii) {
-        appendQuotedAscii(aBytes);
+    checkText(aBytes);
+    if (mTarget != nullptr && !mEscapeNonAscii) {
+        const std::size_t size = mTarget->size();
+        try {
+            appendQuoted(*mTarget, aBytes);
+        } catch (...) {
+            mTarget->resize(size); // a piece is written whole or not at all
+            throw;
+        }
     } else {
-        appendQuotedBytes(aBytes);
+        mQuoted.clear();
+        mEscapeNonAscii ? appendQuotedAscii(mQuoted, aBytes) : appendQuoted(mQuoted, aBytes);
+        emit(mQuoted);
     }
-    mQuoted.push_back('"');
-    emit(mQuoted);
     mSpaceNeeded = false;
-}
-
-/// Copies whole runs of bytes that need no escape; those of characters from U+0080 on need none.
-void JsonWriter::State::appendQuotedBytes(const std::string& aBytes) {
-    const char* run = aBytes.data();
-    const char* const end = run + aBytes.size();
-    for (const char* next = run; next != end; ++next) {
-        const char form = formOf(*next);
-        if (form == FormPlain || form == FormNonAscii) continue;
-        mQuoted.append(run, next);
-        appendEscape(mQuoted, static_cast<unsigned char>(*next));
-        run = next + 1;
-    }
-    mQuoted.append(run, end);
-}
-
-void JsonWriter::State::appendQuotedAscii(const std::string& aBytes) {
-    UnicodeString32 codes;
-    codes.assignUtf8(aBytes);
-    for (std::uint32_t i = 0; i < codes.getLength(); ++i) appendEscape(mQuoted, codes.getData()[i]);
 }
 
 JsonWriter::JsonWriter(OutputStream& aStream, std::int32_t aFlags) {
