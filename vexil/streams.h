@@ -83,6 +83,7 @@ public:
     void seek64(std::int64_t aPos) override;
     std::int64_t tell64() override;
 
+    bool isAtBegin() const { return mPosition == 0; }
     /// The bytes not read yet, borrowed from the block. Lets a reader look at many at once; it
     /// moves past those it took with skip().
     const char* getRemainingData() const { return mData + mPosition; }

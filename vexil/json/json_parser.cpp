@@ -1,6 +1,7 @@
 #include "vexil/json/json_parser.h"
 
 #include "vexil/exceptions.h"
+#include "vexil/json/json_scanner.h"
 #include "vexil/json/json_tree_pool.h"
 
 #include <string_view>
@@ -14,10 +15,11 @@ namespace {
 /// Builds one tree from the tokens, with a stack of its own instead of recursion. The children of a
 /// container wait on that stack until it is complete, so it is created with its final size. What
 /// waits when an exception ends the builder is destroyed with it.
+template <class Source>
 class TreeBuilder {
 public:
-    explicit TreeBuilder(JsonTokenizer& aTokenizer)
-        : mTokenizer(aTokenizer), mPool(TreePool::create()) {}
+    explicit TreeBuilder(Scanner<Source>& aScanner)
+        : mScanner(aScanner), mScan(aScanner.getScan()), mPool(TreePool::create()) {}
     ~TreeBuilder() {
         for (JsonValue* const value : mWaiting) delete value;
     }
@@ -43,7 +45,7 @@ private:
     /// Parses the value that begins with the current token. True if it is complete; else it is a
     /// container, and the current token is the first of its first child.
     bool start() {
-        switch (mTokenizer.getToken()) {
+        switch (mScan.token) {
         case JsonToken::End:
             throw JsonParserError("no input");
         case JsonToken::ArrayBegin:
@@ -60,13 +62,13 @@ private:
             next() = mPool->createBoolean(true);
             break;
         case JsonToken::Integer:
-            next() = mPool->createInteger(mTokenizer.getIntegerValue());
+            next() = mPool->createInteger(mScan.integerValue);
             break;
         case JsonToken::Float:
-            next() = mPool->createFloat(mTokenizer.getFloatValue());
+            next() = mPool->createFloat(mScan.floatValue);
             break;
         case JsonToken::String:
-            addString(mTokenizer.getTextView());
+            addString(mScan.text);
             break;
         default:
             throw JsonParserError("unexpected token");
@@ -86,7 +88,7 @@ private:
 
     bool open(bool aIsObject) {
         mLevels.push_back({mWaiting.size(), aIsObject, true});
-        if (mTokenizer.nextToken() != endOf(aIsObject)) return false;
+        if (mScanner.next() != endOf(aIsObject)) return false;
         close();
         return true;
     }
@@ -104,9 +106,9 @@ private:
             if (mWaiting.back()->getType() != JsonType::String) {
                 throw JsonParserError("string expected");
             }
-            if (mTokenizer.nextToken() != JsonToken::Colon) throw JsonParserError("':' expected");
+            if (mScanner.next() != JsonToken::Colon) throw JsonParserError("':' expected");
         } else {
-            const JsonToken token = mTokenizer.nextToken();
+            const JsonToken token = mScanner.next();
             if (token == endOf(level.isObject)) {
                 close();
                 return true;
@@ -116,7 +118,7 @@ private:
                                                      : "',' or ']' expected");
             }
         }
-        mTokenizer.nextToken();
+        mScanner.next();
         return false;
     }
 
@@ -138,7 +140,8 @@ private:
         }
     }
 
-    JsonTokenizer& mTokenizer;
+    Scanner<Source>& mScanner;
+    const Scan& mScan;
     TreePool::Owner mPool;            ///< outlives what waits
     std::vector<JsonValue*> mWaiting; ///< finished values without a container, innermost last
     std::vector<Level> mLevels;
@@ -148,22 +151,25 @@ private:
 } // namespace
 
 struct JsonParser::State {
-    JsonTokenizer& tokenizer;
+    JsonTokenizer::State& tokenizer;
     std::int32_t options;
 };
 
 JsonParser::JsonParser(JsonTokenizer& aTokenizer, std::int32_t aOptions)
-    : mState(new State{aTokenizer, aOptions}) {
+    : mState(new State{*aTokenizer.mState, aOptions}) {
 }
 
 JsonParser::~JsonParser() = default;
 
 JsonValue* JsonParser::parse(bool aExpectEnd) {
-    std::unique_ptr<JsonValue> root = TreeBuilder(mState->tokenizer).build();
-    if (aExpectEnd && mState->tokenizer.nextToken() != JsonToken::End) {
-        throw JsonParserError("unexpected characters after value");
-    }
-    return root.release();
+    const auto parseFrom = [aExpectEnd](auto& aScanner) {
+        std::unique_ptr<JsonValue> root = TreeBuilder(aScanner).build();
+        if (aExpectEnd && aScanner.next() != JsonToken::End) {
+            throw JsonParserError("unexpected characters after value");
+        }
+        return root.release();
+    };
+    return mState->tokenizer.withScanner(parseFrom);
 }
 
 std::unique_ptr<JsonValue> parseJsonText(const ByteRange& aText) {

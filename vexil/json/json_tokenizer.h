@@ -67,6 +67,8 @@ public:
     std::string_view getTextView() const;
 
 private:
+    friend class JsonParser; // takes all tokens of a value in one go
+
     struct State;
     std::unique_ptr<State> mState;
 };
