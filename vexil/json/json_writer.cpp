@@ -65,18 +65,18 @@ void appendEscape(std::string& aText, std::uint32_t aCode) {
     aText.push_back(form == formPlain ? static_cast<char>(aCode) : form);
 }
 
-/// Appends the quoted text of valid UTF-8. Runs of bytes that need no escape are copied whole;
-/// those of characters from U+0080 on need none.
-void appendQuoted(std::string& aText, std::string_view aBytes) {
+/// Appends the quoted text of valid UTF-8, whose first plain run ends at @p aRunEnd. Runs of bytes
+/// that need no escape are copied whole; those of characters from U+0080 on need none.
+void appendQuoted(std::string& aText, const std::string& aBytes, const char* aRunEnd) {
+    const char* run = aBytes.data();
+    const char* const end = run + aBytes.size();
     aText.push_back('"');
-    const char* next = aBytes.data();
-    const char* const end = next + aBytes.size();
-    for (;;) {
-        const char* const run = next;
-        next = measurePlainRun(run, end).end;
-        aText.append(run, next);
-        if (next == end) break;
-        appendEscape(aText, static_cast<unsigned char>(*next++));
+    aText.append(run, aRunEnd);
+    while (aRunEnd != end) {
+        appendEscape(aText, static_cast<unsigned char>(*aRunEnd));
+        run = aRunEnd + 1;
+        aRunEnd = measurePlainRun(run, end).end;
+        aText.append(run, aRunEnd);
     }
     aText.push_back('"');
 }
@@ -90,13 +90,6 @@ void appendQuotedAscii(std::string& aText, const std::string& aBytes) {
     std::for_each_n(data, codes.getLength(),
                     [&](std::uint32_t aCode) { appendEscape(aText, aCode); });
     aText.push_back('"');
-}
-
-void checkText(const std::string& aBytes) {
-    const char* const end = aBytes.data() + aBytes.size();
-    const PlainRun run = measurePlainRun(aBytes.data(), end);
-    if (run.end == end && run.isAscii && aBytes.size() < shortTextSize) return;
-    UnicodeString32::checkUtf8(aBytes.data(), aBytes.size());
 }
 
 } // namespace
@@ -255,19 +248,23 @@ void JsonWriter::State::emitFloat(double aValue) {
 }
 
 void JsonWriter::State::emitString(const std::string& aBytes) {
-    checkText(aBytes);
-    if (mTarget != nullptr && !mEscapeNonAscii) {
+    const char* const end = aBytes.data() + aBytes.size();
+    const PlainRun run = measurePlainRun(aBytes.data(), end);
+    const bool isKnownToBeText = run.isAscii && run.end == end && aBytes.size() < shortTextSize;
+    if (!isKnownToBeText) UnicodeString32::checkUtf8(aBytes.data(), aBytes.size());
+    if (mEscapeNonAscii || mTarget == nullptr) {
+        mQuoted.clear();
+        mEscapeNonAscii ? appendQuotedAscii(mQuoted, aBytes)
+                        : appendQuoted(mQuoted, aBytes, run.end);
+        emit(mQuoted);
+    } else {
         const std::size_t size = mTarget->size();
         try {
-            appendQuoted(*mTarget, aBytes);
+            appendQuoted(*mTarget, aBytes, run.end);
         } catch (...) {
             mTarget->resize(size); // a piece is written whole or not at all
             throw;
         }
-    } else {
-        mQuoted.clear();
-        mEscapeNonAscii ? appendQuotedAscii(mQuoted, aBytes) : appendQuoted(mQuoted, aBytes);
-        emit(mQuoted);
     }
     mSpaceNeeded = false;
 }
