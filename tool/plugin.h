@@ -12,7 +12,13 @@
 ///
 /// Every text is NUL-terminated UTF-8 JSON. The program never frees or changes anything of the
 /// plugin's. It unloads the library after a response; after an error it exits with the library
-/// still loaded. An exception must not leave a plugin.
+/// still loaded. Standard input and output are the program's own. An exception must not leave a
+/// plugin: where the program can catch it at all, the run ends with status 2 and no output.
+///
+/// A plugin that is not written in C++ makes the object by hand: its first word is the address of a
+/// table of ten code addresses, the operations below in their order. Each gets the object as its
+/// hidden first argument, on 32-bit Windows in the register ecx (__thiscall). What getCertificate()
+/// returns is not looked at.
 class Plugin {
 public:
     /// Eight entries of the table of operations that certbridge does not call; they are the
