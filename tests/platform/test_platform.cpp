@@ -1,24 +1,5 @@
 #include "tests/platform/test_platform.h"
 
-// The real layer, with other names for what can be replaced.
-#define openModule realOpenModule
-#define getModuleFileName realGetModuleFileName
-#define closeModule realCloseModule
-#define activeCodePageToUtf16 realActiveCodePageToUtf16
-#define formatBoundedArguments realFormatBoundedArguments
-#include CERTBRIDGE_PLATFORM_SOURCE
-#undef openModule
-#undef getModuleFileName
-#undef closeModule
-#undef activeCodePageToUtf16
-#undef formatBoundedArguments
-
-TestPlatform TestPlatform::real() {
-    using namespace vexil::platform;
-    return {realOpenModule, realGetModuleFileName, realCloseModule, realActiveCodePageToUtf16,
-            realFormatBoundedArguments};
-}
-
 TestPlatform& TestPlatform::inUse() {
     static auto platform = real();
     return platform;
@@ -50,3 +31,17 @@ int formatBoundedArguments(char* aDest, std::size_t aSize, const char* aFormat,
 }
 
 } // namespace vexil::platform
+
+// The real layer, with other names for what can be replaced.
+#define openModule realOpenModule
+#define getModuleFileName realGetModuleFileName
+#define closeModule realCloseModule
+#define activeCodePageToUtf16 realActiveCodePageToUtf16
+#define formatBoundedArguments realFormatBoundedArguments
+#include CERTBRIDGE_PLATFORM_SOURCE
+
+TestPlatform TestPlatform::real() {
+    using namespace vexil::platform;
+    return {realOpenModule, realGetModuleFileName, realCloseModule, realActiveCodePageToUtf16,
+            realFormatBoundedArguments};
+}

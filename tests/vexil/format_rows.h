@@ -3,21 +3,18 @@
 #include "vexil/exceptions.h"
 #include "vexil/format_to_memory.h"
 
-#include <memory>
-
 #include <gmock/gmock.h>
 
 inline void formatInto(vexil::FormatToMemory& aFormatter, const char* aFormat, ...) {
     std::va_list arguments;
     va_start(arguments, aFormat);
-    std::exception_ptr failure;
     try {
         aFormatter.vformat(aFormat, arguments);
     } catch (...) {
-        failure = std::current_exception();
+        va_end(arguments);
+        throw;
     }
     va_end(arguments);
-    if (failure) std::rethrow_exception(failure);
 }
 
 /// Texts on both sides of each limit, which are the same for both kinds of runtime.

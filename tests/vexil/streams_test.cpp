@@ -31,8 +31,8 @@ TEST(MemoryInputStream, ReadsWhatThereIs) {
     }
 }
 
-TEST(MemoryInputStream, TellsPositionsBeyond31BitsIn64Only) {
-    MemoryInputStream stream("", 0xFFFFFFFF); // never read
+TEST(MemoryInputStream, HasPositionsBeyond31BitsBut32BitsOnly) {
+    MemoryInputStream stream(ByteRange("", 0xFFFFFFFF)); // never read
     EXPECT_EQ(stream.available(), 0x7FFFFFFF);
     stream.seek64(0x7FFFFFFF);
     EXPECT_EQ(stream.tell(), 0x7FFFFFFF);
@@ -40,21 +40,9 @@ TEST(MemoryInputStream, TellsPositionsBeyond31BitsIn64Only) {
     EXPECT_EQ(stream.tell64(), 0x80000000);
     EXPECT_THAT([&] { stream.tell(); },
                 ThrowsMessage<Overflow>("MemoryInputStream::tell(): position out of range"));
-}
-
-TEST(ByteRange, TakesLessThan4GiB) {
     if (sizeof(std::size_t) == 4) GTEST_SKIP() << "no text is too long here";
-    const auto limit = static_cast<std::size_t>(std::uint64_t{1} << 32);
-    EXPECT_EQ(ByteRange("", limit - 1).getSize(), 0xFFFFFFFF);
-    EXPECT_THAT([&] { ByteRange("", limit); },
+    EXPECT_THAT([] { ByteRange("", static_cast<std::size_t>(0x100000000)); },
                 ThrowsMessage<Overflow>("ByteRange: string too long"));
-}
-
-TEST(StringOutputStream, AppendsAnyBytes) {
-    Streams streams;
-    streams.out.write("\0c", 2);
-    streams.out.write(nullptr, 0);
-    EXPECT_EQ(streams.target, std::string("ab\0c", 4));
 }
 
 struct Refusal {
@@ -84,9 +72,10 @@ TEST(Streams, StayAsTheyAreAfterARefusedCall) {
     };
     for (const auto& row : rows) {
         Streams streams;
+        streams.out.write("\0c", 2);
         streams.in.seek(2);
         EXPECT_THAT([&] { row.run(streams); }, row.failure) << row.call;
         EXPECT_EQ(streams.in.tell64(), 2) << row.call;
-        EXPECT_EQ(streams.target, "ab") << row.call;
+        EXPECT_EQ(streams.target, std::string("ab\0c", 4)) << row.call;
     }
 }
