@@ -1,0 +1,53 @@
+# What `cmake --install` and `cpack` deliver, in two components: runtime, the program, and
+# development, what it takes to write a plugin or to use the library.
+include(CMakePackageConfigHelpers)
+
+set(include_folder "${CMAKE_INSTALL_INCLUDEDIR}/certbridge")
+set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/certbridge")
+
+install(TARGETS certbridge EXPORT certbridge-targets
+  RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT runtime)
+install(FILES LICENSE CHANGELOG.md
+  DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT runtime)
+install(FILES docs/certbridge.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT runtime)
+
+install(TARGETS vexil certbridge_plugin EXPORT certbridge-targets
+  ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development)
+# The public headers; all others are the library's own business.
+install(FILES tool/plugin.h DESTINATION "${include_folder}/tool" COMPONENT development)
+install(FILES
+  vexil/dynamic_library.h
+  vexil/exceptions.h
+  vexil/format_to_memory.h
+  vexil/non_copyable.h
+  vexil/streams.h
+  vexil/unicode_strings.h
+  DESTINATION "${include_folder}/vexil" COMPONENT development)
+install(FILES
+  vexil/json/big_unsigned.h
+  vexil/json/decimal_conversion.h
+  vexil/json/json_parser.h
+  vexil/json/json_tokenizer.h
+  vexil/json/json_value.h
+  vexil/json/json_writer.h
+  vexil/json/powers_of_five.h
+  DESTINATION "${include_folder}/vexil/json" COMPONENT development)
+
+install(EXPORT certbridge-targets NAMESPACE certbridge::
+  DESTINATION "${package_folder}" COMPONENT development)
+write_basic_package_version_file("${CMAKE_BINARY_DIR}/certbridge-config-version.cmake"
+  COMPATIBILITY SameMajorVersion)
+install(FILES
+  cmake/certbridge-config.cmake "${CMAKE_BINARY_DIR}/certbridge-config-version.cmake"
+  DESTINATION "${package_folder}" COMPONENT development)
+
+# The path back from the file makes it right wherever the tree is moved to.
+file(RELATIVE_PATH path_to_prefix
+  "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
+set(link_options "-lvexil")
+foreach(library IN LISTS CMAKE_DL_LIBS)
+  string(APPEND link_options " -l${library}")
+endforeach()
+configure_file(cmake/certbridge.pc.in certbridge.pc @ONLY)
+install(FILES "${CMAKE_BINARY_DIR}/certbridge.pc"
+  DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)

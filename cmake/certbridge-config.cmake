@@ -1,0 +1,4 @@
+# certbridge::vexil       the support library
+# certbridge::plugin      what a plugin links: the include folder of tool/plugin.h
+# certbridge::certbridge  the program
+include("${CMAKE_CURRENT_LIST_DIR}/certbridge-targets.cmake")
