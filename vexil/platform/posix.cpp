@@ -29,8 +29,8 @@ namespace {
 
 // ---- Libraries
 
-// Instead of std::filesystem, which would bring all of the locales into a program that has the C++
-// runtime linked into it, which then starts later.
+// Not by std::filesystem: with it a program that has the C++ runtime linked into it would get all of
+// the locales too, and start later.
 mode_t typeOfFile(const char* aFileName) {
     struct stat status;
     return stat(aFileName, &status) == 0 ? status.st_mode & S_IFMT : 0;
