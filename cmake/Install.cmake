@@ -7,7 +7,7 @@ set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/certbridge")
 
 install(TARGETS certbridge EXPORT certbridge-targets
   RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT runtime)
-install(FILES LICENSE CHANGELOG.md
+install(FILES LICENSE CHANGELOG.md docs/protocol.md
   DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT runtime)
 install(FILES docs/certbridge.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT runtime)
 

@@ -10,7 +10,8 @@ fail() {
 
 # What it takes to build the program and the example plugins, and to test them.
 build_packages=(g++=c++ cmake ninja-build=ninja libssl-dev nlohmann-json3-dev openssl)
-test_packages=(libgtest-dev libgmock-dev python3 locales pkg-config dpkg-dev=dpkg-shlibdeps lintian)
+test_packages=(libgtest-dev libgmock-dev python3 locales pkg-config dpkg-dev=dpkg-shlibdeps lintian
+    jq nodejs=node)
 
 # need_packages PACKAGE[=COMMAND]...: installs what is missing. A package counts as there if the
 # system has it installed or if its command, which is called like the package if not given, is found.
