@@ -6,7 +6,7 @@ import pathlib, shutil, subprocess, sys, tempfile, unittest
 
 SOURCE, BUILD = (pathlib.Path(path).resolve() for path in sys.argv[1:3])
 VERSION, COMPILER = sys.argv[3:5]
-ANSWER = '{"getCertificate":{"greeting":"hello"}}\n'
+ANSWER = '{"getCertificate":{"names":["Zoë"]}}\n'
 HEADERS = set("""tool/plugin.h vexil/dynamic_library.h vexil/exceptions.h vexil/format_to_memory.h
     vexil/json/big_unsigned.h vexil/json/decimal_conversion.h vexil/json/json_parser.h
     vexil/json/json_tokenizer.h vexil/json/json_value.h vexil/json/json_writer.h

@@ -1,4 +1,4 @@
-// Writes the request of the plugin beside it; includes every public header of the library.
+// Writes a request for the plugin; includes every public header of the library.
 #include <vexil/dynamic_library.h>
 #include <vexil/exceptions.h>
 #include <vexil/format_to_memory.h>
