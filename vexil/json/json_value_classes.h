@@ -73,6 +73,10 @@ public:
     /// included.
     static const JsonValueContainer* from(const JsonValue* aValue);
 
+    /// The children: the elements, or name and value of each member in turn. Valid until the next
+    /// append.
+    JsonValue* const* getSlots() const { return mSlots; }
+
 protected:
     JsonValueContainer() = default;
     /// A container of children in a pool. The slots belong to the pool as well. A null @p
