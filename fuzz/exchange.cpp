@@ -1,0 +1,114 @@
+// The whole program but for its output, with any request and any reply. An input is a request, a
+// byte 0xFF, a byte for what the plugin answers and the text of its reply.
+#include "fuzz/recorded_output.h"
+#include "fuzz/require.h"
+#include "tests/vexil/json/json_helpers.h"
+#include "tool/plugin.h"
+
+#include <cstdio>
+
+using namespace vexil;
+
+// The program's own, under another name.
+int certbridgeMain(int argc, char** argv);
+
+namespace {
+
+enum Answer : std::uint8_t { Response = 1, Error = 2, WrongType = 4, NoObject = 8 };
+
+class FuzzedPlugin final : public Plugin {
+public:
+    std::int32_t getPluginType() override { return (answer & WrongType) != 0 ? 2 : 1; }
+    void getCertificate(const char* aRequest, const char** aResponse,
+                        const char** aError) override {
+        ++calls;
+        request = aRequest;
+        if ((answer & Response) != 0) *aResponse = reply.c_str();
+        if ((answer & Error) != 0) *aError = reply.c_str();
+    }
+
+    std::uint8_t answer = 0;
+    std::string reply;
+    std::string request; ///< as it came
+    int calls = 0;
+};
+
+FuzzedPlugin plugin;
+
+/// What the program does with @p aRequest on its standard input: its exit status.
+int runProgram(std::string& aRequest) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> input(
+        fmemopen(aRequest.data(), aRequest.size(), "r"), std::fclose);
+    require(input != nullptr, "there is an input");
+    std::FILE* const before = std::exchange(stdin, input.get());
+    char name[] = "certbridge";
+    char library[] = "plugin";
+    char* arguments[] = {name, library, nullptr};
+    int status = 2;
+    try {
+        status = certbridgeMain(2, arguments);
+    } catch (const ProgramEnd&) {
+        require(RecordedOutput::inUse().hasEnded, "only an end ends");
+    }
+    stdin = before;
+    return status;
+}
+
+/// The plugin's request is a list of names and values, one for each member but the action.
+void checkPluginRequest(const JsonValue& aRequest) {
+    const JsonTree envelope = parseText(plugin.request);
+    const JsonValue* const list = envelope->findFirst("request");
+    require(list != nullptr && envelope->getSize() == 1, "a request has one member");
+    std::uint32_t index = 0;
+    for (std::uint32_t i = 0; i < aRequest.getSize(); ++i) {
+        if (aRequest.getNameAt(i)->getString() == "action") continue;
+        const JsonValue& element = *list->getValueAt(index++);
+        require(element.getNameAt(0)->getString() == "name" &&
+                    element.getNameAt(1)->getString() == "value" && element.getSize() == 2,
+                "an element is a name and a value");
+        require(element.getValueAt(0)->getString() == aRequest.getNameAt(i)->getString().c_str(),
+                "names come in the caller's order");
+        require(writeText(*element.getValueAt(1)) == writeText(*aRequest.getValueAt(i)),
+                "values come as they were");
+    }
+    require(index == list->getSize(), "there are no more elements than members");
+}
+
+/// What is printed is one line that holds one document with the member for its kind.
+void checkDocument(const std::string& aLine, const char* aMember) {
+    require(aLine.find('\n') == aLine.size() - 1, "a document is one line");
+    const JsonTree document = parseText(aLine);
+    require(document->getSize() == 1 && document->findFirst(aMember) != nullptr,
+            "a document has one member");
+}
+
+} // namespace
+
+Plugin* GetPlugin() {
+    return (plugin.answer & NoObject) != 0 ? nullptr : &plugin;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* aData, std::size_t aSize) {
+    std::string request(aData, aData + aSize);
+    const std::size_t split = std::min(request.find('\xFF'), request.size());
+    const std::string rest = request.substr(split);
+    request.resize(split);
+    plugin = FuzzedPlugin();
+    if (rest.size() > 1) plugin.answer = static_cast<std::uint8_t>(rest[1]);
+    if (rest.size() > 2) plugin.reply = rest.substr(2);
+    RecordedOutput& output = RecordedOutput::inUse();
+    output = RecordedOutput();
+
+    const int status = runProgram(request);
+    require(output.hasEnded == (status == 2), "all but a response ends with status 2");
+    require(output.text.empty() == (output.error != 0), "there is an answer, and one alone");
+    if (plugin.calls != 0) checkPluginRequest(*parseText(request));
+    if (output.error != 0) {
+        require(!output.message.empty(), "an error says why");
+        require(output.error == 100 || output.error == 102, "an error has one of two codes");
+    } else {
+        require(plugin.calls == 1, "the plugin is asked once");
+        checkDocument(output.text, status == 0 ? "getCertificate" : "error");
+    }
+    return 0;
+}
