@@ -29,8 +29,8 @@ namespace {
 
 // ---- Libraries
 
-// Not by std::filesystem: with it a program that has the C++ runtime linked into it would get all of
-// the locales too, and start later.
+// Not by std::filesystem: with it a program that has the C++ runtime linked into it would get all
+// of the locales too, and start later.
 mode_t typeOfFile(const char* aFileName) {
     struct stat status;
     return stat(aFileName, &status) == 0 ? status.st_mode & S_IFMT : 0;
