@@ -69,6 +69,23 @@ Handle parseDer(const std::string& aBytes, Decode aDecode) {
     return object;
 }
 
+// Tells why PKCS12_parse() failed.
+[[noreturn]] void failToOpen(const PKCS12* aArchive) {
+    if (PKCS12_mac_present(aArchive) == 0) {
+        // Some versions of OpenSSL refuse every password then, others try it: neither proves it
+        // wrong.
+        throw Failure(ErrorCode::InvalidCertificate,
+                      "this PKCS#12 file has no MAC and cannot be opened with this password");
+    }
+    const auto error = ERR_peek_last_error();
+    if (ERR_GET_LIB(error) == ERR_LIB_PKCS12 &&
+        ERR_GET_REASON(error) == PKCS12_R_MAC_VERIFY_FAILURE) {
+        throw Failure(ErrorCode::WrongPassword, "wrong password for this PKCS#12 file");
+    }
+    throw Failure(ErrorCode::InvalidCertificate,
+                  "this PKCS#12 file cannot be opened: " + takeReason());
+}
+
 CertificateHandle openPkcs12(PKCS12* aArchive, const std::string& aPassword) {
     EVP_PKEY* key = nullptr;
     X509* certificate = nullptr;
@@ -77,16 +94,7 @@ CertificateHandle openPkcs12(PKCS12* aArchive, const std::string& aPassword) {
     const KeyHandle keyHandle(key);
     CertificateHandle result(certificate);
     const CertificatesHandle othersHandle(others);
-    if (!opened) {
-        const auto error = ERR_peek_last_error();
-        if (ERR_GET_LIB(error) == ERR_LIB_PKCS12 &&
-            ERR_GET_REASON(error) == PKCS12_R_MAC_VERIFY_FAILURE) {
-            ERR_clear_error();
-            throw Failure(ErrorCode::WrongPassword, "wrong password for this PKCS#12 file");
-        }
-        throw Failure(ErrorCode::InvalidCertificate,
-                      "this PKCS#12 file cannot be opened: " + takeReason());
-    }
+    if (!opened) failToOpen(aArchive);
     if (!result) result.reset(sk_X509_shift(others));
     if (!result)
         throw Failure(ErrorCode::InvalidCertificate, "this PKCS#12 file holds no certificate");
