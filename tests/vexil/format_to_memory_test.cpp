@@ -1,4 +1,3 @@
-#include "tests/failing_memory.h"
 #include "tests/platform/test_platform.h"
 #include "tests/vexil/format_rows.h"
 
@@ -24,19 +23,6 @@ TEST_F(FormatToMemoryTest, ReplacesTheTextInTheSameBuffer) {
     EXPECT_STREQ(formatter.getBuffer(), "2");
     EXPECT_EQ(formatter.getBuffer(), buffer);
     EXPECT_EQ(FormatToMemory::format("%ld%c", 127L, 0), std::string("127\0", 4));
-}
-
-TEST_F(FormatToMemoryTest, SurvivesFailingMemory) {
-    for (const long count : {0, 0, 1}) { // no first block; then no larger one
-        const auto format = [&] {
-            const FailingMemory memory(count);
-            formatInto(formatter, "%300d", 1);
-        };
-        EXPECT_THROW(format(), std::bad_alloc);
-        EXPECT_EQ(formatter.getLength(), 0);
-    }
-    formatInto(formatter, "%300d", 1);
-    EXPECT_EQ(formatter.getLength(), 300);
 }
 
 TEST_F(FormatToMemoryTest, ReportsAFaultOfTheRuntime) {

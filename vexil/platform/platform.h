@@ -32,7 +32,7 @@ void closeModule(ModuleHandle aModule);
 
 /// Converts @p aLen bytes (1 or more) from the active code page to UTF-16. With a null @p aDest
 /// only counts. Returns the number of units; 0 for bytes that are not valid in the code page, and
-/// where @p aUnits units do not suffice.
+/// where @p aUnits units do not suffice. Throws std::bad_alloc.
 /// On POSIX the active code page is the character set of the environment's LC_CTYPE; the process's
 /// own locale is neither used nor changed.
 std::int32_t activeCodePageToUtf16(const char* aBytes, std::int32_t aLen, std::uint16_t* aDest,

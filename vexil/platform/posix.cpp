@@ -9,9 +9,11 @@
 #include <ctime>
 #include <limits>
 #include <memory>
+#include <new>
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -170,13 +172,17 @@ struct LocaleDeleter {
 };
 using LocaleHolder = std::unique_ptr<locale_t, LocaleDeleter>;
 
-// The environment's character classification; that of "C" where the system does not have the
-// locale, as in a program whose setlocale() failed. Null without memory.
-LocaleHolder openEnvironmentLocale() {
-    const locale_t none{};
-    LocaleHolder locale(newlocale(LC_CTYPE_MASK, "", none));
-    if (!locale) locale.reset(newlocale(LC_CTYPE_MASK, "C", none));
+LocaleHolder openLocale(const char* aName) {
+    LocaleHolder locale(newlocale(LC_CTYPE_MASK, aName, locale_t{}));
+    if (!locale && errno == ENOMEM) throw std::bad_alloc();
     return locale;
+}
+
+// The environment's character classification; that of "C" where the system does not have the
+// locale, as in a program whose setlocale() failed.
+LocaleHolder openEnvironmentLocale() {
+    LocaleHolder locale = openLocale("");
+    return locale ? std::move(locale) : openLocale("C");
 }
 
 // ---- Signals
@@ -254,6 +260,7 @@ std::int32_t activeCodePageToUtf16(const char* aBytes, std::int32_t aLen, std::u
     const auto locale = openEnvironmentLocale();
     if (!locale) return 0;
     Utf16Converter converter(nl_langinfo_l(CODESET, locale.get()));
+    if (!converter.isOpen() && errno == ENOMEM) throw std::bad_alloc();
     if (!converter.isOpen()) return 0;
 
     std::string_view bytes(aBytes, static_cast<std::size_t>(aLen));
