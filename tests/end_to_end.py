@@ -10,9 +10,10 @@ import subprocess
 import sys
 import tempfile
 
-NO_INPUT, BROKEN_PIPE = object(), object()
+NO_INPUT, CUT_INPUT, BROKEN_PIPE = object(), object(), object()
 
-# input      the request; NO_INPUT: a pipe to which nobody ever writes
+# input      the request; NO_INPUT: a pipe to which nobody ever writes; CUT_INPUT: one that fails
+#            after some bytes
 # output     the expected line on standard output, without its end; "" for none at all
 # status     0 for a certificate and 2 for everything else if not given
 # plugin     the library's name without its suffix; None for the argument list args
@@ -66,6 +67,10 @@ TIMEOUT = 120
 USAGE = "Usage: PROGRAM DLL_NAME\n"
 DEEP = '[{"a":' * 1000000 + "null" + "}]" * 1000000
 LONGEST = "x" * 67108861
+LARGE = request(',"a":"%s"' % ("x" * 1000000))
+# Root without the right to read everything.
+NOBODY = "" if os.geteuid() else "setpriv --bounding-set=-dac_override,-dac_read_search"
+TOO_SLOW = "takes the sanitizers too long"
 
 ROWS = [
     # The command line
@@ -92,6 +97,8 @@ ROWS = [
           native=POSIX_STREAMS)
       for redirection, message in (("<.", "Is a directory"), ("<&-", "Bad file descriptor"),
                                    ("</proc/self/mem", "Input/output error"))),
+    Row("input fails in the middle", CUT_INPUT, fatal(100, "Resource temporarily unavailable"),
+        native=POSIX_STREAMS),
     Row("longest string", '{"action":"%s"}' % LONGEST, WRONG_ACTION),
     Row("string too long", '{"action":"%sx"}' % LONGEST,
         fatal(102, "UnicodeString32::alloc(): string too long")),
@@ -99,6 +106,10 @@ ROWS = [
     Row("missing library", request(), fatal(100, NOT_LOADED + "126"), plugin="missing"),
     Row("empty name", request(), fatal(100, NOT_LOADED + "126"), plugin=None, args=[""]),
     Row("no library", request(), fatal(100, NOT_LOADED + "193"), plugin=None, args=[__file__]),
+    Row("directory", request(), fatal(100, NOT_LOADED + "193"), plugin=None, args=["./"],
+        native="the system has another number"),
+    Row("no permission", request(), fatal(100, NOT_LOADED + "193"), shell='f=$(mktemp); chmod 0 "$f"'
+        '; %s "$1" "$f"; s=$?; rm -f "$f"; exit $s' % NOBODY, native="needs file modes"),
     Row("no export", request(), fatal(100, "cannot get DLL's GetPlugin function"),
         plugin="no_export"),
     Row("no object", request(), fatal(100, "no plugin object from DLL's GetPlugin function"),
@@ -132,6 +143,10 @@ ROWS = [
                             ("{'response':['~']}", UNEXPECTED), ("{'response':[]}x", TRAILING))),
     Row("empty error beside a response", reply(response="{'response':[]}", error=""),
         fatal(100, "no input")),
+    Row("response of 256 MiB", reply(response="{'response':[#]}"), certificate(),
+        unchecked=TOO_SLOW),
+    Row("string of 256 MiB", reply(response="{'response':[{'name':'a','value':'#'}]}"),
+        fatal(100, "UnicodeString32::alloc(): string too long"), unchecked=TOO_SLOW),
     Row("malformed error", reply(error="{'error':[]]"), fatal(100, "',' or '}' expected")),
     *(Row("response is " + text, reply(response=text), no_list("response"))
       for text in ("[]", "null", "{}", "{'response':{}}", "{'Response':[]}", "{'error':[]}",
@@ -168,20 +183,29 @@ ROWS = [
         certificate('"a":[1.5,-0.25,1e+06,3.0,1234567,1.23457e+10,1e-07]')),
     Row("exception from the plugin", reply(do="throw"), "",
         native="a plugin's own C++ runtime ends the process there"),
+    Row("plugin writes to standard output", reply(do="print", response="{'response':[]}"),
+        "from the plugin\n" + certificate(), 0),
     # Limits
     Row("2,000,000 levels on a small stack", request(',"a":' + DEEP),
         sent('{"name":"a","value":%s}' % DEEP), shell='ulimit -s 256; "$@"'),
-    Row("no memory", request(',"a":' + DEEP), "", shell='ulimit -v 65536; "$@"',
-        native="needs a limit that a POSIX shell sets",
-        unchecked="the address sanitizer reserves more memory than the row allows"),
+    Row("2,000,000 levels in the response", reply(response="{'response':[{'name':'a','value':%s}]}"
+        % DEEP.replace('"', "'")), certificate('"a":' + DEEP), shell='ulimit -s 256; "$@"'),
+    # It runs out while the request is read, while it is parsed, copied, and after that.
+    *(Row("%d KiB of memory" % limit, request(',"a":' + DEEP), "", shell='ulimit -v %d; "$@"' % limit,
+          native="needs a limit that a POSIX shell sets",
+          unchecked="the address sanitizer reserves more memory than the row allows")
+      for limit in (8192, 65536, 262144, 458752)),
     # Standard output that cannot be written
     *(Row("%s to %s" % (what, where), text, "", 2, shell=shell, stdout=stdout,
           native=POSIX_STREAMS)
-      for what, text in (("result", request()), ("fatal error", "[]"),
-                         ("large result", request(',"a":"%s"' % ("x" * 1000000))))
+      for what, text in (("result", request()), ("fatal error", "[]"), ("large result", LARGE))
       for where, shell, stdout in (("a closed stream", '"$@" >&-', None),
                                    ("a full device", '"$@" >/dev/full', None),
                                    ("a broken pipe", None, BROKEN_PIPE))),
+    Row("file full in the middle", LARGE, "", 2, native=POSIX_STREAMS,
+        shell='f=$(mktemp); ulimit -f 8; "$@" >"$f"; s=$?; rm "$f"; exit $s'),
+    Row("reader gone in the middle", LARGE, "2", 0, native=POSIX_STREAMS,
+        shell='{ { "$@"; echo $? >&3; } | head -c 9 >/dev/null; } 3>&1'),
     Row("signal handler of the plugin", request(), "", 2, plugin="signal_plugin",
         error="handler called 0 times, then 1 times\n", stdout=BROKEN_PIPE,
         native="the system has no such signal"),
@@ -196,7 +220,10 @@ class Runner:
         self.shown = "Z:" + self.command[-1].replace("/", "\\") if self.foreign else self.command[-1]
         self.locale = "German" if self.foreign else make_locale(pathlib.Path(scratch))
         self.environment = dict(os.environ, LOCPATH=scratch)
-        self.silent_pipe = os.pipe()[0]  # its other end stays open
+        (silent, _), (cut, writer) = os.pipe(), os.pipe()  # their other ends stay open
+        os.write(writer, b'{"action"')
+        os.set_blocking(cut, False)
+        self.inputs = {NO_INPUT: silent, CUT_INPUT: cut}
         reader, self.broken_pipe = os.pipe()
         os.close(reader)
 
@@ -213,8 +240,8 @@ class Runner:
 
     def run(self, row):
         """The row's status, output and error as they are."""
-        if row.input is NO_INPUT:
-            stdin = {"stdin": self.silent_pipe}
+        if row.input in self.inputs:
+            stdin = {"stdin": self.inputs[row.input]}
         else:
             text = row.input if isinstance(row.input, bytes) else row.input.encode()
             stdin = {"input": text.replace(b"LOCALE", (self.locale or "").encode())}
@@ -230,7 +257,8 @@ class Runner:
         end = "\r\n" if self.foreign else "\n"
         status = 2 * (not row.output.startswith('{"get')) if row.status is None else row.status
         error = row.error.replace("PROGRAM", self.shown).replace("\n", end)
-        return status, (row.output and row.output + end).encode(), error.encode()
+        output = row.output and row.output.replace("\n", end) + end
+        return status, output.encode(), error.encode()
 
     def check(self, row):
         """"passed", "failed" or "skipped", and what there is to tell."""

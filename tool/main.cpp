@@ -22,7 +22,7 @@ namespace {
 constexpr int usageStatus = 1;
 
 [[noreturn]] void endWithUsage(const char* aProgramName) {
-    const vexil::platform::BrokenPipeGuard guard;
+    const vexil::platform::FailedWriteGuard guard;
     std::fprintf(stderr, "Usage: %s DLL_NAME\n", aProgramName);
     std::exit(usageStatus);
 }

@@ -19,7 +19,7 @@ namespace {
 constexpr int failureStatus = 2;
 
 bool writeToStandardOutput(const std::string& aText) {
-    const vexil::platform::BrokenPipeGuard guard;
+    const vexil::platform::FailedWriteGuard guard;
     std::fwrite(aText.data(), 1, aText.size(), stdout);
     return std::ferror(stdout) == 0 && std::fflush(stdout) == 0;
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cfenv>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
@@ -14,7 +15,8 @@
 
 namespace {
 
-// The text of a request member with ' for ", ^ for \ and ~ for a byte that no UTF-8 text has.
+// The text of a request member with ' for ", ^ for \, ~ for a byte that no UTF-8 text has and # for
+// 256 MiB of blanks.
 std::optional<std::string> findText(std::string_view aRequest, const std::string& aName) {
     const auto start = "{\"name\":\"" + aName + "\",\"value\":\"";
     const auto begin = aRequest.find(start);
@@ -24,6 +26,7 @@ std::optional<std::string> findText(std::string_view aRequest, const std::string
     std::replace(text.begin(), text.end(), '\'', '"');
     std::replace(text.begin(), text.end(), '^', '\\');
     std::replace(text.begin(), text.end(), '~', '\xFF');
+    if (const auto mark = text.find('#'); mark != text.npos) text.replace(mark, 1, 1U << 28, ' ');
     return text;
 }
 
@@ -44,16 +47,18 @@ public:
 
     std::int32_t getPluginType() override { return FIXTURE_TYPE; }
 
-    // Members of the request: "do" (throw, nothing), "locale" to set, "note" (a file to create on
-    // unloading), "response" and "error". Without any of these two the request comes back, quoted.
+    // Members of the request: "do" (throw, print, nothing), "locale" to set (and another rounding
+    // with it), "note" (a file to create on unloading), "response" and "error". Without any of
+    // these two the request comes back, quoted.
     void getCertificate(const char* aRequest, const char** aResponse,
                         const char** aError) override {
         const auto what = findText(aRequest, "do").value_or("");
         if (what == "throw") throw *this; // of a type that only this library knows
+        if (what == "print") std::puts("from the plugin");
         const auto locale = findText(aRequest, "locale");
-        if (*aResponse || *aError || (locale && !std::setlocale(LC_ALL, locale->c_str()))) {
-            std::abort();
-        }
+        const bool isSet =
+            !locale || (std::setlocale(LC_ALL, locale->c_str()) && std::fesetround(FE_UPWARD) == 0);
+        if (*aResponse || *aError || !isSet) std::abort();
         mNote = findText(aRequest, "note");
         mResponse = findText(aRequest, "response");
         mError = findText(aRequest, "error");

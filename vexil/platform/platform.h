@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdint>
@@ -58,19 +59,23 @@ void reserveStandardStreams();
 /// What is buffered for standard output, and all that is written to it from now on, goes nowhere.
 void discardStandardOutput();
 
-/// While it lives, writing to a pipe without a reader is an error of the call, not a signal that
-/// ends the process. The process's signal settings are left alone: the signal is held back in this
-/// thread and what was raised meanwhile is taken away again.
-class BrokenPipeGuard {
+/// While it lives, writing to a pipe without a reader or beyond the largest size of a file is an
+/// error of the call, not a signal that ends the process. The process's signal settings are left
+/// alone: the signals are held back in this thread and what was raised meanwhile is taken away
+/// again.
+class FailedWriteGuard {
 public:
-    BrokenPipeGuard();
-    ~BrokenPipeGuard();
-    BrokenPipeGuard(const BrokenPipeGuard&) = delete;
-    BrokenPipeGuard& operator=(const BrokenPipeGuard&) = delete;
+    FailedWriteGuard();
+    ~FailedWriteGuard();
+    FailedWriteGuard(const FailedWriteGuard&) = delete;
+    FailedWriteGuard& operator=(const FailedWriteGuard&) = delete;
 
 private:
-    bool mTake;    ///< none was pending before, so a pending one is this guard's to take away
-    bool mRelease; ///< this guard holds the signal back and must let it go
+    struct Signal {
+        bool take;    ///< none was pending before, so a pending one is this guard's to take away
+        bool release; ///< this guard holds the signal back and must let it go
+    };
+    std::array<Signal, 2> mSignals{};
 };
 
 } // namespace vexil::platform

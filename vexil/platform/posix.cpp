@@ -187,18 +187,21 @@ LocaleHolder openEnvironmentLocale() {
 
 // ---- Signals
 
-sigset_t brokenPipeSignal() {
+// What a write may raise in its own thread.
+constexpr std::array writeSignals{SIGPIPE, SIGXFSZ};
+
+sigset_t setOf(int aSignal) {
     sigset_t signals;
     sigemptyset(&signals);
-    sigaddset(&signals, SIGPIPE);
+    sigaddset(&signals, aSignal);
     return signals;
 }
 
-bool isBrokenPipePending() {
+bool isPending(int aSignal) {
     sigset_t pending;
     sigemptyset(&pending);
     sigpending(&pending);
-    return sigismember(&pending, SIGPIPE) == 1;
+    return sigismember(&pending, aSignal) == 1;
 }
 
 } // namespace
@@ -298,22 +301,25 @@ void discardStandardOutput() {
     close(nowhere);
 }
 
-BrokenPipeGuard::BrokenPipeGuard() : mTake(!isBrokenPipePending()), mRelease(false) {
-    const auto signals = brokenPipeSignal();
-    sigset_t before;
-    if (pthread_sigmask(SIG_BLOCK, &signals, &before) == 0) {
-        mRelease = sigismember(&before, SIGPIPE) == 0;
+FailedWriteGuard::FailedWriteGuard() {
+    for (std::size_t i = 0; i < writeSignals.size(); ++i) {
+        mSignals[i].take = !isPending(writeSignals[i]);
+        const auto signal = setOf(writeSignals[i]);
+        sigset_t before;
+        if (pthread_sigmask(SIG_BLOCK, &signal, &before) == 0) {
+            mSignals[i].release = sigismember(&before, writeSignals[i]) == 0;
+        }
     }
 }
 
-BrokenPipeGuard::~BrokenPipeGuard() {
-    const auto signals = brokenPipeSignal();
-    if (mTake) {
+FailedWriteGuard::~FailedWriteGuard() {
+    for (std::size_t i = 0; i < writeSignals.size(); ++i) {
+        const auto signal = setOf(writeSignals[i]);
         const timespec now{};
-        while (sigtimedwait(&signals, nullptr, &now) == -1 && errno == EINTR) {
+        while (mSignals[i].take && sigtimedwait(&signal, nullptr, &now) == -1 && errno == EINTR) {
         }
+        if (mSignals[i].release) pthread_sigmask(SIG_UNBLOCK, &signal, nullptr);
     }
-    if (mRelease) pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
 }
 
 } // namespace vexil::platform

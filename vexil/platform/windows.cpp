@@ -92,10 +92,9 @@ void discardStandardOutput() {
     _close(nowhere);
 }
 
-// There is no such signal here; writing to a broken pipe fails with an error and nothing else.
-BrokenPipeGuard::BrokenPipeGuard() : mTake(false), mRelease(false) {
-}
+// There are no such signals here; a write fails with an error and nothing else.
+FailedWriteGuard::FailedWriteGuard() = default;
 
-BrokenPipeGuard::~BrokenPipeGuard() = default;
+FailedWriteGuard::~FailedWriteGuard() = default;
 
 } // namespace vexil::platform
