@@ -26,10 +26,6 @@ double JsonTokenizer::getFloatValue() const {
     return getToken() == JsonToken::Float ? mState->scan.floatValue : 0.0;
 }
 
-std::string_view JsonTokenizer::getTextView() const {
-    return mState->scan.text;
-}
-
 const std::string& JsonTokenizer::getText() const {
     Scan& scan = mState->scan;
     if (scan.text.data() != scan.buffer.data()) {

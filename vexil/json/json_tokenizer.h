@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <string_view>
 
 namespace vexil {
 
@@ -63,8 +62,6 @@ public:
     /// The decoded content of a String in UTF-8, the characters of any other token (none for End
     /// and Whitespace). Valid until the next nextToken().
     const std::string& getText() const;
-    /// The same bytes, perhaps still in the stream's block of memory: no copy is made.
-    std::string_view getTextView() const;
 
 private:
     friend class JsonParser; // takes all tokens of a value in one go

@@ -35,6 +35,24 @@ public:
     std::size_t failAt = std::numeric_limits<std::size_t>::max();
 };
 
+/// A container of a class that the library does not know: two members that are each other's mirror.
+class ForeignObject : public vexil::JsonValueDefault {
+public:
+    using JsonValueDefault::getNameAt;
+    using JsonValueDefault::getValueAt;
+    vexil::JsonType getType() const override { return vexil::JsonType::Object; }
+    std::uint32_t getSize() const override { return 2; }
+    const JsonValue* getNameAt(std::uint32_t aIndex) const override { return mTexts[aIndex].get(); }
+    const JsonValue* getValueAt(std::uint32_t aIndex) const override {
+        return mTexts[1 - aIndex].get();
+    }
+    JsonValue* clone() const override { return new ForeignObject; }
+
+private:
+    const JsonTree mTexts[2] = {JsonTree(JsonValue::createString("a")),
+                                JsonTree(JsonValue::createString("b"))};
+};
+
 std::string floatText(double aValue) {
     return writeText(*JsonTree(JsonValue::createFloat(aValue)));
 }
@@ -147,6 +165,12 @@ TEST(JsonWriter, KeepsWhatWasWrittenBeforeAFailureAndStaysUsable) {
     EXPECT_THAT([&] { writer.write(*parseText("[1,2]")); },
                 ThrowsMessage<vexil::Exception>("full"));
     EXPECT_THAT(full.pieces, ElementsAre("[", "1"));
+}
+
+TEST(JsonWriter, AsksAForeignContainerForItsMembers) {
+    const JsonTree value = parseText("[1]");
+    value->appendValue(new ForeignObject);
+    EXPECT_EQ(R"([1,{"a":"b","b":"a"}])", writeText(*value));
 }
 
 TEST(JsonWriter, RefusesUnknownFlags) {
