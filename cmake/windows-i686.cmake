@@ -13,3 +13,6 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 set(CMAKE_EXE_LINKER_FLAGS_INIT -static)
 set(CMAKE_SHARED_LINKER_FLAGS_INIT -static)
 set(CMAKE_MODULE_LINKER_FLAGS_INIT -static)
+# Its tests run under Wine, which scripts/wine finds or installs.
+get_filename_component(CMAKE_CROSSCOMPILING_EMULATOR
+  "${CMAKE_CURRENT_LIST_DIR}/../scripts/run_windows_program" ABSOLUTE)

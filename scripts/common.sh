@@ -25,16 +25,23 @@ need_packages() {
         missing+=("$package")
     done
     if [ ${#missing[@]} -eq 0 ]; then return; fi
-    local as_root=()
-    if [ "$(id -u)" -ne 0 ]; then
-        command -v sudo >/dev/null || fail "missing packages, and no sudo to install them: ${missing[*]}"
-        as_root=(sudo)
-    fi
+    can_be_root || fail "missing packages, and no sudo to install them: ${missing[*]}"
     command -v apt-get >/dev/null || fail "no apt-get here; install the equivalents of: ${missing[*]}"
     echo "Installing ${missing[*]}"
-    as_root+=(env DEBIAN_FRONTEND=noninteractive)
-    quietly "${as_root[@]}" apt-get update -q
-    quietly "${as_root[@]}" apt-get install -q -y --no-install-recommends "${missing[@]}"
+    quietly apt_get update
+    quietly apt_get install --no-install-recommends "${missing[@]}"
+}
+
+can_be_root() {
+    [ "$(id -u)" -eq 0 ] || command -v sudo >/dev/null
+}
+
+as_root() {
+    if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi
+}
+
+apt_get() {
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get -q -y "$@"
 }
 
 # quietly COMMAND...: shows what the command writes only if it fails, and ends the script then.

@@ -19,10 +19,11 @@ NO_INPUT, CUT_INPUT, BROKEN_PIPE = object(), object(), object()
 # plugin     the library's name without its suffix; None for the argument list args
 # shell      how to run the command "$@"; not used for a Windows program
 # native     why the row is skipped for a Windows program
+# windows    the expected line of a Windows program if it is another one
 # unchecked  why the row is skipped under the sanitizers
 Row = collections.namedtuple(
-    "Row", "label input output status error plugin args shell stdout native unchecked",
-    defaults=(None, "", "fixture", None, None, None, None, None))
+    "Row", "label input output status error plugin args shell stdout native windows unchecked",
+    defaults=(None, "", "fixture", None, None, None, None, None, None))
 
 
 def request(members=""):
@@ -82,6 +83,7 @@ ROWS = [
     Row("cut off", '{"action"', fatal(102, "':' expected")),
     Row("invalid UTF-8", b'{"action":"\xff"}', fatal(102, UNEXPECTED)),
     Row("second value", request() + request(), fatal(102, TRAILING)),
+    Row("end mark of a Windows text", request() + "\x1a\n[", fatal(102, TRAILING), windows=sent("")),
     Row("NUL after the value", request() + "\0", fatal(102, TRAILING)),
     *(Row("no object: " + text, text, NOT_OBJECT) for text in ("[]", '"getCertificate"', "1")),
     Row("empty object", "{}", NO_ACTION),
@@ -253,9 +255,10 @@ class Runner:
 
     def expected(self, row):
         end = "\r\n" if self.foreign else "\n"
-        status = 2 * (not row.output.startswith('{"get')) if row.status is None else row.status
+        output = row.windows if self.foreign and row.windows else row.output
+        status = 2 * (not output.startswith('{"get')) if row.status is None else row.status
         error = row.error.replace("PROGRAM", self.shown).replace("\n", end)
-        output = row.output and row.output.replace("\n", end) + end
+        output = output and output.replace("\n", end) + end
         return status, output.encode(), error.encode()
 
     def check(self, row):

@@ -1,20 +1,11 @@
 #include "tests/platform/test_platform.h"
 #include "tests/vexil/format_rows.h"
+#include "tests/vexil/legacy_runtime.h"
 
 #include <cstring>
 
 using namespace vexil;
 using testing::ThrowsMessage;
-
-// As runtimes did before there was a standard: no terminator where there is no room for it.
-static int formatLegacy(char* aDest, std::size_t aSize, const char* aFormat,
-                        std::va_list aArguments) {
-    char text[4096];
-    const int result = std::vsnprintf(text, sizeof text, aFormat, aArguments);
-    const auto length = static_cast<std::size_t>(result);
-    std::memcpy(aDest, text, std::min(length + 1, aSize));
-    return length > aSize ? -2 : result;
-}
 
 class LegacyFormat : public OnTestPlatform {
 protected:
