@@ -1,5 +1,7 @@
 #include "certificate_fields.h"
 
+#include "examples/certificate_text.h"
+
 #include <openssl/evp.h>
 #include <openssl/objects.h>
 #include <openssl/pem.h>
@@ -7,9 +9,7 @@
 #include <arpa/inet.h>
 
 #include <array>
-#include <cstdio>
 #include <ctime>
-#include <span>
 
 using nlohmann::json;
 
@@ -22,19 +22,7 @@ namespace {
                                                      " cannot be decoded: " + takeReason());
 }
 
-// Two upper-case digits a byte, with the separator between bytes.
-std::string toHex(std::span<const unsigned char> aBytes, std::string_view aSeparator = {}) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
-    std::string text;
-    for (const auto byte : aBytes) {
-        if (!text.empty()) text += aSeparator;
-        text += digits[byte >> 4];
-        text += digits[byte & 0xF];
-    }
-    return text;
-}
-
-std::span<const unsigned char> bytesOf(const ASN1_STRING* aString) {
+Bytes bytesOf(const ASN1_STRING* aString) {
     return {ASN1_STRING_get0_data(aString), static_cast<std::size_t>(ASN1_STRING_length(aString))};
 }
 
@@ -61,24 +49,22 @@ std::string identifierText(const ASN1_OBJECT* aIdentifier) {
 }
 
 std::string serialNumberText(const ASN1_INTEGER* aNumber) {
-    const auto digits = toHex(bytesOf(aNumber));
-    return ASN1_STRING_type(aNumber) == V_ASN1_NEG_INTEGER ? '-' + digits : digits;
+    return example::serialNumberText(ASN1_STRING_type(aNumber) == V_ASN1_NEG_INTEGER,
+                                     bytesOf(aNumber));
 }
 
 std::string timeText(const ASN1_TIME* aTime) {
     std::tm time = {};
     if (ASN1_TIME_to_tm(aTime, &time) != 1) failPart("time of validity");
-    std::array<char, 80> text; // %Y would not fill up a year before 1000
-    std::snprintf(text.data(), text.size(), "%04d-%02d-%02dT%02d:%02d:%02dZ", time.tm_year + 1900,
-                  time.tm_mon + 1, time.tm_mday, time.tm_hour, time.tm_min, time.tm_sec);
-    return text.data();
+    return example::timeText({time.tm_year + 1900, time.tm_mon + 1, time.tm_mday, time.tm_hour,
+                              time.tm_min, time.tm_sec});
 }
 
 std::string fingerprintText(const X509& aCertificate) {
     std::array<unsigned char, EVP_MAX_MD_SIZE> digest;
     unsigned int length = 0;
     require(X509_digest(&aCertificate, EVP_sha256(), digest.data(), &length) == 1);
-    return toHex({digest.data(), length}, ":");
+    return example::fingerprintText(Bytes(digest).first(length));
 }
 
 std::string addressText(const ASN1_OCTET_STRING* aAddress) {

@@ -2,19 +2,11 @@
 
 Usage: certificate_file_plugin_test.py CERTBRIDGE PLUGIN
 """
-import json, os, pathlib, re, subprocess, sys, tempfile, time, unittest
+import json, os, pathlib, subprocess, sys, tempfile, unittest
+from certificates import CERTIFICATES, EC, ED, RSA, make, openssl_view
 
 CERTBRIDGE, PLUGIN = (os.path.abspath(path) for path in sys.argv[1:3])
-SELF_SIGNED = "openssl req -x509 -nodes -utf8 -keyout %s.key -out %s.pem -subj '%s' -newkey %s"
 FILES = [
-    SELF_SIGNED % ("rsa", "rsa", "/C=DE/O=Müller, Söhne/CN=例え", "rsa:2048 -days 36500") +
-    " -addext 'subjectAltName=DNS:example.org,IP:127.0.0.1,IP:fe80::1,email:a@b.c,URI:http://x/,"
-    "RID:1.2.3,otherName:1.3.6.1.4.1.311.20.2.3;UTF8:ada@x'",
-    SELF_SIGNED % ("ed", "ed", "/CN=ed", "ed25519 -addext subjectAltName=DNS:YYYY"),
-    "openssl req -new -nodes -keyout ec.key -subj /CN=leaf -newkey ec "
-    "-pkeyopt ec_paramgen_curve:P-384 | openssl x509 -req -CA rsa.pem -CAkey rsa.key "
-    "-set_serial -10 -out ec.pem",
-    "for name in ec ed; do openssl x509 -in $name.pem -outform DER -out $name.der; done",
     "cat ec.key ec.pem rsa.pem > bundle.pem; head -c 99 ec.der > cut.der; (cat ec.der; echo) > long.der",
     "openssl pkcs12 -export -in ec.pem -inkey ec.key -certfile rsa.pem -passout pass:ä1 -out ec.p12",
     "openssl pkcs12 -export -in ec.pem -nokeys -passout pass: -out nokey.p12",
@@ -27,13 +19,6 @@ PATCHES = {  # of ed.der: what is not valid UTF-8, an unknown kind of key, alter
     "key.der": (b"\x2b\x65\x70", b"\x2b\x65\x7f"),
     "names.der": (b"\x55\x1d\x11\x04\x08\x30", b"\x55\x1d\x11\x04\x08\x31"),
 }
-RSA = {"subject": "CN=例え,O=Müller\\, Söhne,C=DE", "publicKeyAlgorithm": "RSA",
-       "publicKeyBits": 2048, "subjectAlternativeNames": [
-           "DNS:example.org", "IP:127.0.0.1", "IP:fe80::1", "email:a@b.c", "URI:http://x/",
-           "RID:1.2.3", "otherName:1.3.6.1.4.1.311.20.2.3:ada@x"]}
-EC = {"subject": "CN=leaf", "issuer": RSA["subject"], "publicKeyAlgorithm": "EC",
-      "publicKeyBits": 384, "serialNumber": "-0A", "subjectAlternativeNames": []}
-ED = {"subject": "CN=ed", "publicKeyAlgorithm": "ED25519"}
 ANSWERS = [  # members of the request; what the answer must hold; the same certificate as PEM
     ({"file": "rsa.pem"}, RSA, "rsa.pem"), ({"file": "ed.der"}, ED, "ed.pem"),
     ({"file": "ec.der", "password": "unused"}, EC, "ec.pem"), ({"file": "bundle.pem"}, EC, "ec.pem"),
@@ -62,15 +47,6 @@ ERRORS = [  # members of the request; code and message
 ]
 
 
-def openssl_view(pem):
-    command = "openssl x509 -noout -dates -fingerprint -sha256 -serial -in " + pem
-    values = re.findall("=(.*)", subprocess.check_output(command.split(), text=True))
-    times = [time.strftime("%Y-%m-%dT%H:%M:%SZ", time.strptime(value, "%b %d %H:%M:%S %Y GMT"))
-             for value in values[:2]]
-    return dict(zip(("notBefore", "notAfter", "sha256Fingerprint", "serialNumber"), times + values[2:]),
-                pem=re.search("-----BEGIN C.*", pathlib.Path(pem).read_text(), re.S)[0])
-
-
 class CertificateFilePlugin(unittest.TestCase):
     def ask(self, members):
         request = json.dumps({"action": "getCertificate", **members})
@@ -94,8 +70,7 @@ class CertificateFilePlugin(unittest.TestCase):
 
 with tempfile.TemporaryDirectory() as folder:
     os.chdir(folder)
-    for command in FILES:
-        subprocess.run(["bash", "-ec", command], check=True, capture_output=True)
+    make(CERTIFICATES + FILES)
     der = pathlib.Path("ed.der").read_bytes()
     for name, (old, new) in PATCHES.items():
         assert old in der, name

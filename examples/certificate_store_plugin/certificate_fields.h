@@ -1,0 +1,13 @@
+#pragma once
+
+#include "system_certificates.h"
+
+namespace example {
+
+/// Describes @p aCertificate with the same elements in the same order and form as the certificate
+/// file plugin does; the README says what each holds.
+///
+/// Throws Failure (InvalidCertificate) if a part of it cannot be decoded.
+Response describeCertificate(const CERT_CONTEXT& aCertificate);
+
+} // namespace example

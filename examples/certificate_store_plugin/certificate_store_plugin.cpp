@@ -1,0 +1,28 @@
+// Shows a certificate of the system's store: "subject" is a part of its subject's name, "store"
+// the store's name.
+#include "certificate_fields.h"
+#include "certificate_store.h"
+
+namespace {
+
+class CertificateStorePlugin final : public example::ReplyingPlugin {
+    example::Response answer(const example::Request& aRequest) override {
+        const auto subject = aRequest.getText("subject");
+        if (subject.empty()) { // which every name holds
+            throw example::Failure(example::ErrorCode::InvalidRequest,
+                                   "member \"subject\" is empty");
+        }
+        const auto store = aRequest.findText("store").value_or("MY");
+        const auto found = example::findCertificate(store, subject);
+        auto response = example::describeCertificate(*found.certificate);
+        if (found.matches > 1) response.add("matches", found.matches);
+        return response;
+    }
+};
+
+} // namespace
+
+extern "C" Plugin* GetPlugin() {
+    static CertificateStorePlugin plugin;
+    return &plugin;
+}
