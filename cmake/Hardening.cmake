@@ -1,6 +1,8 @@
 # certbridge_hardening: the interface target linked by what is shipped.
 add_library(certbridge_hardening INTERFACE)
-if(WIN32)
+if(MSVC)
+  target_link_options(certbridge_hardening INTERFACE /NXCOMPAT /DYNAMICBASE)
+elseif(WIN32)
   target_link_options(certbridge_hardening INTERFACE -Wl,--nxcompat -Wl,--dynamicbase)
 else()
   target_compile_options(certbridge_hardening INTERFACE -fstack-protector-strong)
