@@ -1,18 +1,17 @@
 #pragma once
 
+#include "tests/table.h"
 #include "vexil/exceptions.h"
 #include "vexil/unicode_strings.h"
 
 #include <gmock/gmock.h>
 
+#include <iomanip>
+#include <sstream>
 #include <string>
 
 using namespace vexil;
 using namespace std::string_literals;
-
-inline const std::string truncated = "EncodingError UnicodeString32::assignUtf8(): truncated";
-inline const std::string invalidCode = "EncodingError UnicodeString32::assignUtf8(): invalid code";
-inline const std::string tooLong = "Overflow UnicodeString32::alloc(): string too long";
 
 /// The class and the message of what @p aAction throws; empty if it does not.
 template <class Action>
@@ -29,19 +28,31 @@ std::string failureOf(const Action& aAction) {
     return "";
 }
 
-/// The content of a string, whose terminator is checked on the way.
+/// The content of a string, whose terminator is checked on the way, as the tables show it.
 template <class String>
-std::u32string contentOf(const String& aString) {
+std::string contentOf(const String& aString) {
+    std::ostringstream content;
+    content << std::hex << std::uppercase;
+    for (std::uint32_t i = 0; i < aString.getLength(); ++i) {
+        const std::uint32_t code = aString.getData()[i];
+        code > 0x20 && code < 0x7F ? content << char(code) : content << '<' << code << '>';
+    }
     EXPECT_EQ(aString.getData()[aString.getLength()], 0);
-    return {aString.getData(), aString.getData() + aString.getLength()};
+    return content.str();
 }
 
+/// What becomes of a string that was "old".
 struct OctetRow {
     std::int32_t encoding;
-    std::string bytes;
-    std::u32string content; ///< of a string that was "old" before
-    std::string failure = "";
+    std::string bytes, content, failure = "";
 };
+
+inline void forEachOctetRow(const std::function<void(const OctetRow&)>& aCheck) {
+    forEachRow("octet_encodings.txt", 4, [&](const Columns& aRow) {
+        std::istringstream encodings(aRow[0]);
+        for (int encoding; encodings >> encoding;) aCheck({encoding, aRow[1], aRow[2], aRow[3]});
+    });
+}
 
 /// @p aClaimed: a length to claim instead of the true one, for what is refused before it is read.
 inline void expectRow(const OctetRow& aRow, std::size_t aClaimed = 0) {

@@ -1,8 +1,12 @@
+#include "tests/table.h"
 #include "tests/vexil/json/big_numbers.h"
 
 #include <gtest/gtest.h>
 
+#include <iterator>
+#include <map>
 #include <random>
+#include <sstream>
 
 using namespace vexil;
 using testing::PrintToString;
@@ -26,53 +30,33 @@ const Op divide = [](auto& a, auto& q, auto c, auto& b) {
     return bigDivide(a, a.count + 1, q, c, b);
 };
 
-struct Row {
-    Op operation;
-    Words a;
-    Words b;               ///< or the word, or the count of bits
-    std::int32_t leastCap; ///< one word less is refused
-    Words result;
-    Words rest; ///< what a becomes
-};
+const std::map<std::string, Op> operations{{"add", add},
+                                           {"multiply", multiply},
+                                           {"shift", shiftLeft},
+                                           {"split", split},
+                                           {"divide", divide}};
 
-const Row rows[] = {
-    {add, {ones}, {1}, 2, {0, 1}, {ones}},
-    {add, {1}, {ones, ones, 5}, 3, {0, 0, 6}, {1}},
-    {add, {ones, 1}, {ones, ones}, 3, {ones - 1, 1, 1}, {ones, 1}},
-    {multiply, {1, 2}, {0}, 0, {}, {1, 2}},
-    {multiply, {ones, ones}, {ones}, 3, {1, ones, ones - 1}, {ones, ones}},
-    {multiply, {1, 2}, {}, 0, {}, {1, 2}},
-    {multiply, {3, 0, 1}, {0, 5}, 5, {0, 15, 0, 5}, {3, 0, 1}}, // refused by the counts
-    {multiply, {ones, ones}, {ones, ones}, 4, {1, 0, ones - 1, ones}, {ones, ones}},
-    {shiftLeft, {}, {1000}, 0, {}, {}},
-    {shiftLeft, {5, ones}, {33}, 4, {0, 10, ones - 1, 1}, {5, ones}},
-    {split, {1, 2}, {}, 2, {1, 2}, {}},
-    {split, {1, 2}, {64}, 0, {}, {1, 2}},
-    {split, {1, 0, 3}, {64}, 1, {3}, {1}},
-    {split, {0, 0xF5, 3}, {36}, 2, {0x3000000F}, {0, 5}},
-    {divide, {5}, {7}, 0, {}, {5}},
-    {divide, {1, 2, 9}, {1, 3, 9}, 1, {}, {1, 2, 9}}, // smaller, but not by the top word
-    {divide, {0, 0, 1}, {3}, 3, {0x55555555, 0x55555555}, {1}},
-    {divide, {3, 0, high}, {1, 0, high >> 2}, 1, {3}, {0, 0, high >> 2}}, // adds back
-    {divide, {0, 0, high, high - 1}, {1, 0, high}, 2, {ones - 1}, {2, ones, high - 1}},
-};
+Words wordsOf(const std::string& aText) {
+    std::istringstream text(aText);
+    text >> std::hex;
+    return {std::istream_iterator<std::uint32_t>(text), {}};
+}
 
 TEST(BigUnsigned, ResultFitsItsCapacityOrIsRefused) {
-    for (const Row& row : rows) {
-        SCOPED_TRACE(PrintToString(row.a) + " and " + PrintToString(row.b));
-        Number a(row.a, 1);
-        Number b(row.b);
-        Number result({}, row.leastCap);
-        if (row.leastCap > 0) {
-            Number less({}, row.leastCap - 1);
-            EXPECT_EQ(row.operation(a.value, less.value, row.leastCap - 1, b.value), 1);
+    forEachRow("big_unsigned.txt", 6, [](const Columns& aRow) {
+        const Op operation = operations.at(aRow[0]);
+        const std::int32_t cap = std::stoi(aRow[3]);
+        Number a(wordsOf(aRow[1]), 1), b(wordsOf(aRow[2])), result({}, cap);
+        if (cap > 0) {
+            Number less({}, cap - 1);
+            EXPECT_EQ(operation(a.value, less.value, cap - 1, b.value), 1);
             EXPECT_TRUE(less.intact());
         }
-        EXPECT_EQ(row.operation(a.value, result.value, row.leastCap, b.value), 0);
+        EXPECT_EQ(operation(a.value, result.value, cap, b.value), 0);
         EXPECT_TRUE(result.intact() && a.intact());
-        EXPECT_EQ(result.words(), row.result);
-        EXPECT_EQ(a.words(), row.rest);
-    }
+        EXPECT_EQ(result.words(), wordsOf(aRow[4]));
+        EXPECT_EQ(a.words(), wordsOf(aRow[5]));
+    });
     Number five({5}, 1);
     EXPECT_EQ(bigDivide(five.value, 2, five.value, 2, Number({}).value), 1) << "by 0";
     EXPECT_EQ(bigDivide(five.value, 1, five.value, 2, Number({2}).value), 1) << "no spare word";
