@@ -18,15 +18,21 @@ namespace {
 
 constexpr int failureStatus = 2;
 
+// Also writes what a plugin may have left in the buffer.
 bool writeToStandardOutput(const std::string& aText) {
     const vexil::platform::FailedWriteGuard guard;
     std::fwrite(aText.data(), 1, aText.size(), stdout);
-    return std::ferror(stdout) == 0 && std::fflush(stdout) == 0;
+    if (std::ferror(stdout) == 0 && std::fflush(stdout) == 0) return true;
+    // Nobody shall try again on the way out: neither the runtime with what is left in the buffer,
+    // nor a plugin that has last words and would raise the signal after all.
+    vexil::platform::discardStandardOutput();
+    return false;
 }
 
 } // namespace
 
 void endAfterFailure() {
+    writeToStandardOutput({});
     std::exit(failureStatus);
 }
 
@@ -36,12 +42,7 @@ void printJson(const JsonValue& aDocument) {
     vexil::JsonWriter writer(stream, 0);
     writer.write(aDocument);
     text += '\n';
-    if (!writeToStandardOutput(text)) {
-        // Nobody shall try again on the way out: neither the runtime with what is left in the
-        // buffer, nor a plugin that has last words and would raise the signal after all.
-        vexil::platform::discardStandardOutput();
-        endAfterFailure();
-    }
+    if (!writeToStandardOutput(text)) endAfterFailure();
 }
 
 void fatalError(std::int32_t aCode, const char* aMessage) {

@@ -16,7 +16,8 @@ enum FatalErrorCode : std::int32_t {
     ContentError = 102,     ///< the request, or what a parsed reply holds
 };
 
-/// Ends the process with status 2 and writes nothing. Releases nothing.
+/// Ends the process with status 2 and writes nothing but what a plugin may have left in the buffer
+/// of standard output. Releases nothing.
 [[noreturn]] void endAfterFailure();
 
 /// Writes @p aDocument and a line end to standard output and flushes it. Ends the process with

@@ -47,14 +47,14 @@ public:
 
     std::int32_t getPluginType() override { return FIXTURE_TYPE; }
 
-    // Members of the request: "do" (throw, print, nothing), "locale" to set (and another rounding
-    // with it), "note" (a file to create on unloading), "response" and "error". Without any of
-    // these two the request comes back, quoted.
+    // Members of the request: "do" (print, throw, both, nothing), "locale" to set (and another
+    // rounding with it), "note" (a file to create on unloading), "response" and "error". Without
+    // any of these two the request comes back, quoted.
     void getCertificate(const char* aRequest, const char** aResponse,
                         const char** aError) override {
         const auto what = findText(aRequest, "do").value_or("");
-        if (what == "throw") throw *this; // of a type that only this library knows
-        if (what == "print") std::puts("from the plugin");
+        if (what.starts_with("print")) std::puts("from the plugin");
+        if (what.ends_with("throw")) throw *this; // of a type that only this library knows
         const auto locale = findText(aRequest, "locale");
         const bool isSet =
             !locale || (std::setlocale(LC_ALL, locale->c_str()) && std::fesetround(FE_UPWARD) == 0);
