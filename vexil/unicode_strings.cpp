@@ -4,6 +4,7 @@
 #include "vexil/platform/platform.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstdlib>
 #include <cstring>
@@ -50,33 +51,11 @@ constexpr bool isSurrogate(std::uint32_t aCode) {
     throw EncodingError("UnicodeString32::assignUtf8(): truncated");
 }
 
-template <class Word>
-Word nonAsciiBits(const std::uint8_t* aPos) {
-    Word word;
+/// The high bits of eight bytes.
+std::uint64_t nonAsciiBits(const std::uint8_t* aPos) {
+    std::uint64_t word = 0;
     std::memcpy(&word, aPos, sizeof word);
-    return word & static_cast<Word>(0x8080808080808080);
-}
-
-/// Two words that may overlap, for a length from one word to two.
-template <class Word>
-bool areEndsAscii(const std::uint8_t* aPos, std::size_t aLen) {
-    return (nonAsciiBits<Word>(aPos) | nonAsciiBits<Word>(aPos + aLen - sizeof(Word))) == 0;
-}
-
-/// For up to 16 bytes: most texts are that short, and this has no loop to mispredict.
-bool isShortAscii(const std::uint8_t* aPos, std::size_t aLen) {
-    if (aLen >= 8) return areEndsAscii<std::uint64_t>(aPos, aLen);
-    if (aLen >= 4) return areEndsAscii<std::uint32_t>(aPos, aLen);
-    if (aLen >= 2) return areEndsAscii<std::uint16_t>(aPos, aLen);
-    return aLen == 0 || *aPos < 0x80;
-}
-
-/// Moves past ASCII bytes: to the end if there are no others, else to any place before the first.
-const std::uint8_t* skipAscii(const std::uint8_t* aPos, const std::uint8_t* aEnd) {
-    for (; aEnd - aPos > 16; aPos += 16) {
-        if (!areEndsAscii<std::uint64_t>(aPos, 16)) return aPos;
-    }
-    return isShortAscii(aPos, static_cast<std::size_t>(aEnd - aPos)) ? aEnd : aPos;
+    return word & 0x8080808080808080;
 }
 
 /// How many bytes come before the first byte in memory whose bit is set.
@@ -85,12 +64,6 @@ std::size_t countBefore(std::uint64_t aNonAsciiBits) {
                                                                 : std::countl_zero(aNonAsciiBits);
     return static_cast<std::size_t>(bits) / 8;
 }
-
-/// What the decoder does with the code points where only their validity matters.
-struct CodeChecker {
-    void put(std::uint32_t) {}
-    void putAscii(const std::uint8_t*, std::size_t) {}
-};
 
 /// Writes the code points to a block with a unit for each byte of the text.
 struct CodeWriter {
@@ -111,7 +84,7 @@ struct CodeWriter {
 template <class Sink>
 const std::uint8_t* takeAscii(const std::uint8_t* aPos, const std::uint8_t* aEnd, Sink& aSink) {
     while (aEnd - aPos >= 8) {
-        const auto bits = nonAsciiBits<std::uint64_t>(aPos);
+        const auto bits = nonAsciiBits(aPos);
         const std::size_t count = bits == 0 ? 8 : countBefore(bits);
         aSink.putAscii(aPos, count);
         aPos += count;
@@ -160,6 +133,74 @@ void decodeUtf8(const std::uint8_t* aPos, const std::uint8_t* aEnd, Sink& aSink)
         aPos = takeAscii(aPos, aEnd, aSink);
         while (aPos != aEnd && *aPos >= 0x80) aPos = takeMultiByte(aPos, aEnd, aSink);
     }
+}
+
+// Judging a text without decoding it: an automaton over its bytes that accepts what decodeUtf8()
+// takes. The next states of all states for a byte are packed into one word, six bits each, and a
+// state is the place of its bits; so a step is a shift, and no branch depends on the text (after
+// Per Vognsen, "Shift-based DFAs").
+
+enum Utf8State : std::uint64_t {
+    BetweenCodes = 0,
+    OneToCome = 6,
+    TwoToCome = 12,
+    ThreeToCome = 18,
+    BehindE0 = 24, ///< a smaller second byte would make the form longer than needed
+    BehindED = 30, ///< a larger one would make a surrogate
+    BehindF0 = 36, ///< as behind E0
+    BehindF4 = 42, ///< a larger one would go past the last code
+    InvalidForm = 48,
+};
+
+constexpr Utf8State stateBehindLead(unsigned aByte) {
+    if (aByte < 0x80) return BetweenCodes;
+    if (aByte < 0xC2 || aByte > 0xF4) return InvalidForm;
+    if (aByte < 0xE0) return OneToCome;
+    if (aByte == 0xE0) return BehindE0;
+    if (aByte == 0xED) return BehindED;
+    if (aByte < 0xF0) return TwoToCome;
+    if (aByte == 0xF0) return BehindF0;
+    return aByte == 0xF4 ? BehindF4 : ThreeToCome;
+}
+
+constexpr std::uint64_t packNextStates(unsigned aByte) {
+    const auto inRange = [aByte](unsigned aFirst, unsigned aLast, Utf8State aNext) {
+        return aByte >= aFirst && aByte <= aLast ? aNext : InvalidForm;
+    };
+    return stateBehindLead(aByte) << BetweenCodes | inRange(0x80, 0xBF, BetweenCodes) << OneToCome |
+           inRange(0x80, 0xBF, OneToCome) << TwoToCome |
+           inRange(0x80, 0xBF, TwoToCome) << ThreeToCome |
+           inRange(0xA0, 0xBF, OneToCome) << BehindE0 | inRange(0x80, 0x9F, OneToCome) << BehindED |
+           inRange(0x90, 0xBF, TwoToCome) << BehindF0 | inRange(0x80, 0x8F, TwoToCome) << BehindF4 |
+           InvalidForm << InvalidForm;
+}
+
+constexpr auto nextStates = [] {
+    std::array<std::uint64_t, 256> states{};
+    for (unsigned byte = 0; byte < states.size(); ++byte) states[byte] = packNextStates(byte);
+    return states;
+}();
+
+bool isUtf8(const std::uint8_t* aPos, const std::uint8_t* aEnd) {
+    constexpr std::ptrdiff_t blockSize = 16;
+    std::uint64_t state = BetweenCodes;
+    const auto step = [&state](std::uint8_t aByte) { state = nextStates[aByte] >> state & 0x3F; };
+    for (; aEnd - aPos >= blockSize; aPos += blockSize) {
+        if (state == BetweenCodes && (nonAsciiBits(aPos) | nonAsciiBits(aPos + 8)) == 0) continue;
+        std::for_each_n(aPos, blockSize, step);
+    }
+    std::for_each(aPos, aEnd, step);
+    return state == BetweenCodes;
+}
+
+/// Throws what the decoder has to say against a text that is none.
+[[noreturn]] void throwFault(const std::uint8_t* aPos, const std::uint8_t* aEnd) {
+    struct {
+        void put(std::uint32_t) {}
+        void putAscii(const std::uint8_t*, std::size_t) {}
+    } nowhere;
+    decodeUtf8(aPos, aEnd, nowhere);
+    throwInvalidCode();
 }
 
 /// The most bytes that encodeUtf8() writes.
@@ -293,8 +334,7 @@ void UnicodeString32::assignUtf8(const void* aBytes, std::size_t aLen) {
 void UnicodeString32::checkUtf8(const void* aBytes, std::size_t aLen) {
     checkCount(aLen);
     const auto* bytes = static_cast<const std::uint8_t*>(aBytes);
-    CodeChecker checker;
-    decodeUtf8(skipAscii(bytes, bytes + aLen), bytes + aLen, checker);
+    if (!isUtf8(bytes, bytes + aLen)) throwFault(bytes, bytes + aLen);
 }
 
 void UnicodeString32::assignUtf16(const std::uint16_t* aUnits, std::uint32_t aCount) {
