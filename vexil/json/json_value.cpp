@@ -109,14 +109,22 @@ void JsonValueContainer::throwOutOfRange(std::uint32_t aIndex) const {
     static_cast<void>(std::vector<char>(mCount).at(aIndex));
 }
 
+namespace {
+
+template <class Kind>
+bool isOurs(const JsonValue& aValue) {
+    const std::type_info& type = typeid(aValue);
+    return type == typeid(InPool<Kind>) || type == typeid(Kind) || type == typeid(PoolRoot<Kind>);
+}
+
+} // namespace
+
 const JsonValueContainer* JsonValueContainer::from(const JsonValue* aValue) {
-    if (aValue == nullptr || aValue->getType() < JsonType::Array) return nullptr;
-    const std::type_info& type = typeid(*aValue);
-    const bool isOurs =
-        type == typeid(InPool<JsonValueObject>) || type == typeid(InPool<JsonValueArray>) ||
-        type == typeid(JsonValueObject) || type == typeid(JsonValueArray) ||
-        type == typeid(PoolRoot<JsonValueObject>) || type == typeid(PoolRoot<JsonValueArray>);
-    return isOurs ? static_cast<const JsonValueContainer*>(aValue) : nullptr;
+    if (aValue == nullptr) return nullptr;
+    const JsonType type = aValue->getType();
+    const bool isContainer = (type == JsonType::Array && isOurs<JsonValueArray>(*aValue)) ||
+                             (type == JsonType::Object && isOurs<JsonValueObject>(*aValue));
+    return isContainer ? static_cast<const JsonValueContainer*>(aValue) : nullptr;
 }
 
 /// The value as a container whose children are to be destroyed one by one, or null.
