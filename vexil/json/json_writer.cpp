@@ -1,19 +1,17 @@
 #include "vexil/json/json_writer.h"
 
 #include "vexil/exceptions.h"
-#include "vexil/json/float_text.h"
 #include "vexil/json/json_text.h"
 #include "vexil/json/json_value_classes.h"
+#include "vexil/json/number_text.h"
 #include "vexil/unicode_strings.h"
 
 #include <algorithm>
 #include <array>
-#include <charconv>
-#include <cstring>
+#include <cstddef>
 #include <limits>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace vexil {
@@ -40,104 +38,101 @@ constexpr std::array<char, 128> makeCharacterForms() {
 
 constexpr auto characterForms = makeCharacterForms();
 
-/// Text on its way to any stream: each piece is one write.
-class StreamSink {
+/// Text being written, at the end of a string that is made longer in large steps: so each byte is
+/// filled in advance about once, however much the string could hold. The bytes go straight to their
+/// places. Where the text ends so far is known to whoever writes it, which asks for room there.
+class TextArea {
 public:
-    explicit StreamSink(OutputStream& aStream, std::string& aPiece)
-        : mStream(aStream), mPiece(aPiece) {
-        mPiece.clear(); // a write that failed leaves something behind
+    /// Behind the first @p aBegin bytes, which stay.
+    TextArea(std::string& aTarget, std::size_t aBegin)
+        : mTarget(aTarget), mBegin(aBegin), mEnd(aTarget.data() + aTarget.size()) {}
+    TextArea(const TextArea&) = delete;
+    TextArea& operator=(const TextArea&) = delete;
+
+    char* getBegin() const { return mTarget.data() + mBegin; }
+    /// Room for @p aSize bytes behind a text that ends at @p aNext. Returns that place, which may
+    /// have moved. What is there is anything.
+    char* reserve(char* aNext, std::size_t aSize) {
+        return static_cast<std::size_t>(mEnd - aNext) >= aSize ? aNext : grow(aNext, aSize);
     }
 
-    void put(char aCharacter) { mPiece.push_back(aCharacter); }
-    void put(const char* aText, std::size_t aSize) { mPiece.append(aText, aSize); }
+private:
+    char* grow(const char* aNext, std::size_t aSize) {
+        constexpr std::size_t firstStep = 256;
+        const auto written = static_cast<std::size_t>(aNext - getBegin());
+        mTarget.resize(mBegin + written + std::max({aSize, firstStep, written}));
+        mEnd = mTarget.data() + mTarget.size();
+        return getBegin() + written;
+    }
 
-    void endPiece() {
-        if (mPiece.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) {
+    std::string& mTarget;
+    const std::size_t mBegin;
+    char* mEnd;
+};
+
+/// Text on its way to any stream: each piece is one write.
+class StreamSink : public TextArea {
+public:
+    StreamSink(OutputStream& aStream, std::string& aPiece)
+        : TextArea(aPiece, 0), mStream(aStream) {}
+
+    /// Takes the piece that ends at @p aNext and returns the place of the next one.
+    char* endPiece(const char* aNext) {
+        char* const begin = getBegin();
+        const std::ptrdiff_t size = aNext - begin;
+        if (size > std::numeric_limits<std::int32_t>::max()) {
             throw InvalidArgument("size out of range");
         }
-        mStream.write(mPiece.data(), static_cast<std::int32_t>(mPiece.size()));
-        mPiece.clear();
+        mStream.write(begin, static_cast<std::int32_t>(size));
+        return begin;
     }
 
 private:
     OutputStream& mStream;
-    std::string& mPiece;
 };
 
-/// The same text written straight into the string of a StringOutputStream, which is made longer in
-/// large steps and cut behind the last whole piece when the sink ends.
-class StringSink {
+/// The same text written straight into the string of a StringOutputStream, which is cut behind the
+/// last whole piece when the sink ends.
+class StringSink : public TextArea {
 public:
     explicit StringSink(std::string& aTarget)
-        : mTarget(aTarget), mBegin(aTarget.size()), mPieceEnd(mBegin) {
-        moveTo(mBegin);
-    }
-    ~StringSink() { mTarget.resize(mPieceEnd); }
-    StringSink(const StringSink&) = delete;
-    StringSink& operator=(const StringSink&) = delete;
+        : TextArea(aTarget, aTarget.size()), mTarget(aTarget), mWholePieces(aTarget.size()) {}
+    ~StringSink() { mTarget.resize(mWholePieces); }
 
-    void put(char aCharacter) {
-        if (mNext == mEnd) grow(1);
-        *mNext++ = aCharacter;
+    char* endPiece(char* aNext) {
+        mWholePieces = static_cast<std::size_t>(aNext - mTarget.data());
+        return aNext;
     }
-    void put(const char* aText, std::size_t aSize) {
-        if (static_cast<std::size_t>(mEnd - mNext) < aSize) grow(aSize);
-        std::memcpy(mNext, aText, aSize);
-        mNext += aSize;
-    }
-    void endPiece() { mPieceEnd = getSize(); }
 
 private:
-    std::size_t getSize() const { return static_cast<std::size_t>(mNext - mTarget.data()); }
-
-    void moveTo(std::size_t aSize) {
-        mNext = mTarget.data() + aSize;
-        mEnd = mTarget.data() + mTarget.size();
-    }
-
-    /// By as much as has been written so far at least, so that each byte is filled in advance about
-    /// once, however much the string could hold.
-    void grow(std::size_t aSize) {
-        constexpr std::size_t firstStep = 256;
-        const std::size_t size = getSize();
-        mTarget.resize(size + std::max({aSize, firstStep, size - mBegin}));
-        moveTo(size);
-    }
-
     std::string& mTarget;
-    const std::size_t mBegin; ///< the size of what was there before
-    std::size_t mPieceEnd;
-    char* mNext;
-    char* mEnd;
+    std::size_t mWholePieces; ///< the size up to their end
 };
 
-template <class Sink>
-void putUnicodeEscape(Sink& aSink, std::uint32_t aUnit) {
-    constexpr char digits[] = "0123456789abcdef";
-    const char escape[] = {'\\',
-                           'u',
-                           digits[aUnit >> 12],
-                           digits[aUnit >> 8 & 0xF],
-                           digits[aUnit >> 4 & 0xF],
-                           digits[aUnit & 0xF]};
-    aSink.put(escape, sizeof escape);
+constexpr char hexDigits[] = "0123456789abcdef";
+
+char* putUnicodeEscape(char* aDest, std::uint32_t aUnit) {
+    *aDest++ = '\\';
+    *aDest++ = 'u';
+    for (int shift = 12; shift >= 0; shift -= 4) *aDest++ = hexDigits[aUnit >> shift & 0xF];
+    return aDest;
 }
 
-/// Puts a character as an all-ASCII text holds it. The code is none of a surrogate.
-template <class Sink>
-void putEscaped(Sink& aSink, std::uint32_t aCode) {
+/// The most bytes that putEscaped() writes.
+constexpr std::size_t longestEscape = 12;
+
+/// Writes a character as an all-ASCII text holds it and returns the place behind it. The code is
+/// none of a surrogate.
+char* putEscaped(char* aDest, std::uint32_t aCode) {
     if (aCode >= 0x10000) {
-        putUnicodeEscape(aSink, 0xD800 + ((aCode - 0x10000) >> 10));
-        putUnicodeEscape(aSink, 0xDC00 + (aCode & 0x3FF));
-        return;
+        aDest = putUnicodeEscape(aDest, 0xD800 + ((aCode - 0x10000) >> 10));
+        return putUnicodeEscape(aDest, 0xDC00 + (aCode & 0x3FF));
     }
     const char form = aCode < characterForms.size() ? characterForms[aCode] : formUnicode;
-    if (form == formUnicode) {
-        putUnicodeEscape(aSink, aCode);
-        return;
-    }
-    if (form != formPlain) aSink.put('\\');
-    aSink.put(form == formPlain ? static_cast<char>(aCode) : form);
+    if (form == formUnicode) return putUnicodeEscape(aDest, aCode);
+    if (form != formPlain) *aDest++ = '\\';
+    *aDest++ = form == formPlain ? static_cast<char>(aCode) : form;
+    return aDest;
 }
 
 /// A container whose children are being written: the elements of an array, or name and value of
@@ -176,7 +171,8 @@ private:
     bool mIsObject;
 };
 
-/// Writes one tree, with a stack of its own instead of recursion.
+/// Writes one tree, with a stack of its own instead of recursion. What writes something gets the
+/// place behind the text so far and returns the place behind its own.
 template <class Sink>
 class TreeWriter {
 public:
@@ -184,105 +180,130 @@ public:
         : mSink(aSink), mEscapeNonAscii(aEscapeNonAscii), mSpaceNeeded(aSpaceNeeded) {}
 
     void write(const JsonValue& aRoot) {
-        writeOne(aRoot);
-        while (!mLevels.empty()) {
-            Level& level = mLevels.back();
-            if (level.isDone()) {
-                putPunctuation(level.getEnd());
-                mLevels.pop_back();
-            } else {
-                if (const char separator = level.getSeparator()) putPunctuation(separator);
-                writeOne(level.takeNext());
-            }
+        char* next = mSink.getBegin();
+        for (const JsonValue* value = &aRoot; value != nullptr;) {
+            next = putOne(next, *value);
+            next = proceed(next, value);
         }
     }
 
 private:
+    /// Writes what comes between the last value and the next one, which it finds; null at the end
+    /// of the tree.
+    char* proceed(char* aNext, const JsonValue*& aValue) {
+        while (!mLevels.empty()) {
+            Level& level = mLevels.back();
+            if (!level.isDone()) {
+                if (const char separator = level.getSeparator()) {
+                    aNext = putPunctuation(aNext, separator);
+                }
+                aValue = &level.takeNext();
+                return aNext;
+            }
+            aNext = putPunctuation(aNext, level.getEnd());
+            mLevels.pop_back();
+        }
+        aValue = nullptr;
+        return aNext;
+    }
+
     /// Writes a scalar, or the beginning of a container whose children are next.
-    void writeOne(const JsonValue& aValue) {
+    char* putOne(char* aNext, const JsonValue& aValue) {
         switch (aValue.getType()) {
         case JsonType::Null:
-            return putWord("null");
+            return putWord(aNext, "null");
         case JsonType::Boolean:
-            return putWord(aValue.getBoolean() ? "true" : "false");
+            return putWord(aNext, aValue.getBoolean() ? "true" : "false");
         case JsonType::Integer:
-            return putInteger(aValue.getInteger());
+            return putInteger(aNext, aValue.getInteger());
         case JsonType::Float:
-            return putFloat(aValue.getFloat());
+            return putFloat(aNext, aValue.getFloat());
         case JsonType::String:
-            return putString(aValue.getString());
+            return putString(aNext, aValue.getString());
         case JsonType::Array:
             mLevels.emplace_back(aValue, false);
-            return putPunctuation('[');
+            return putPunctuation(aNext, '[');
         case JsonType::Object:
             mLevels.emplace_back(aValue, true);
-            return putPunctuation('{');
+            return putPunctuation(aNext, '{');
         }
+        return aNext;
     }
 
-    void putPunctuation(char aCharacter) {
-        mSink.put(aCharacter);
-        mSink.endPiece();
+    char* putPunctuation(char* aNext, char aCharacter) {
+        aNext = mSink.reserve(aNext, 1);
+        *aNext = aCharacter;
+        aNext = mSink.endPiece(aNext + 1);
         mSpaceNeeded = false;
+        return aNext;
     }
 
-    void putPiece(std::string_view aPiece) {
-        mSink.put(aPiece.data(), aPiece.size());
-        mSink.endPiece();
+    char* putPiece(char* aNext, std::string_view aPiece) {
+        aNext = mSink.reserve(aNext, aPiece.size());
+        return mSink.endPiece(std::copy(aPiece.begin(), aPiece.end(), aNext));
     }
 
-    void putWord(std::string_view aWord) {
-        if (mSpaceNeeded) putPiece(" ");
-        putPiece(aWord);
+    char* beginWord(char* aNext) {
+        if (mSpaceNeeded) aNext = putPiece(aNext, " ");
         mSpaceNeeded = true;
+        return aNext;
     }
 
-    void putInteger(std::int32_t aValue) {
-        std::array<char, 16> area;
-        const auto result = std::to_chars(area.data(), area.data() + area.size(), aValue);
-        putWord({area.data(), static_cast<std::size_t>(result.ptr - area.data())});
+    char* putWord(char* aNext, std::string_view aWord) { return putPiece(beginWord(aNext), aWord); }
+
+    char* putInteger(char* aNext, std::int32_t aValue) {
+        aNext = mSink.reserve(beginWord(aNext), integerTextSize);
+        return mSink.endPiece(writeInteger(aNext, aValue));
     }
 
-    void putFloat(double aValue) {
-        FloatArea area;
-        const std::string_view text = formatFloat(aValue, area);
-        putWord(text);
-        if (text.find_first_of(".e") == std::string_view::npos) putPiece(".0");
+    char* putFloat(char* aNext, double aValue) {
+        aNext = mSink.reserve(beginWord(aNext), floatTextSize);
+        const FloatText text = writeFloat(aNext, aValue);
+        aNext = mSink.endPiece(text.end);
+        return text.looksLikeInteger ? putPiece(aNext, ".0") : aNext;
     }
 
-    void putString(const std::string& aBytes) {
-        const char* const end = aBytes.data() + aBytes.size();
-        const PlainRun run = measurePlainRun(aBytes.data(), end);
-        const bool isKnownToBeText = run.isAscii && run.end == end && aBytes.size() < shortTextSize;
-        if (!isKnownToBeText) UnicodeString32::checkUtf8(aBytes.data(), aBytes.size());
-        mSink.put('"');
-        if (mEscapeNonAscii && !isKnownToBeText) {
-            putAscii(aBytes);
+    char* putString(char* aNext, const std::string& aBytes) {
+        const char* const begin = aBytes.data();
+        const char* const end = begin + aBytes.size();
+        // Copied while it is looked at; what turns out to be no text is never taken.
+        aNext = mSink.reserve(aNext, aBytes.size() + 2);
+        *aNext = '"';
+        const PlainRun run = copyPlainRun(aNext + 1, begin, end);
+        if (run.end == end && run.isAscii && aBytes.size() < shortTextSize) {
+            aNext += aBytes.size() + 1;
         } else {
-            putRuns(aBytes.data(), run.end, end);
+            UnicodeString32::checkUtf8(begin, aBytes.size());
+            aNext = mEscapeNonAscii ? putAscii(aNext + 1, aBytes)
+                                    : putRuns(aNext + 1 + (run.end - begin), run.end, end);
         }
-        mSink.put('"');
-        mSink.endPiece();
+        aNext = mSink.reserve(aNext, 1);
+        *aNext = '"';
+        aNext = mSink.endPiece(aNext + 1);
         mSpaceNeeded = false;
+        return aNext;
     }
 
-    /// Copies whole runs of bytes that need no escape; those of characters from U+0080 on need
-    /// none.
-    void putRuns(const char* aText, const char* aRunEnd, const char* aEnd) {
-        mSink.put(aText, static_cast<std::size_t>(aRunEnd - aText));
-        while (aRunEnd != aEnd) {
-            putEscaped(mSink, static_cast<unsigned char>(*aRunEnd));
-            const char* const run = aRunEnd + 1;
-            aRunEnd = measurePlainRun(run, aEnd).end;
-            mSink.put(run, static_cast<std::size_t>(aRunEnd - run));
+    /// Writes the rest of a string, from a byte to be escaped on, if there is any: copies whole
+    /// runs of bytes that need no escape; those of characters from U+0080 on need none.
+    char* putRuns(char* aNext, const char* aText, const char* aEnd) {
+        while (aText != aEnd) {
+            aNext = mSink.reserve(aNext, longestEscape + static_cast<std::size_t>(aEnd - aText));
+            aNext = putEscaped(aNext, static_cast<unsigned char>(*aText++));
+            const char* const runEnd = copyPlainRun(aNext, aText, aEnd).end;
+            aNext += runEnd - aText;
+            aText = runEnd;
         }
+        return aNext;
     }
 
-    void putAscii(const std::string& aBytes) {
+    char* putAscii(char* aNext, const std::string& aBytes) {
         UnicodeString32 codes;
         codes.assignUtf8(aBytes);
-        std::for_each_n(codes.getData(), codes.getLength(),
-                        [this](std::uint32_t aCode) { putEscaped(mSink, aCode); });
+        for (std::uint32_t i = 0; i < codes.getLength(); ++i) {
+            aNext = putEscaped(mSink.reserve(aNext, longestEscape), codes.getData()[i]);
+        }
+        return aNext;
     }
 
     Sink& mSink;
