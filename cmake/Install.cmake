@@ -33,6 +33,12 @@ install(FILES
   vexil/json/powers_of_five.h
   DESTINATION "${include_folder}/vexil/json" COMPONENT development)
 
+# Not with the documents, which small systems leave out of their packages.
+install(DIRECTORY examples/plugin_template
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/certbridge" COMPONENT development)
+install(FILES docs/plugin-authors.md
+  DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT development)
+
 install(EXPORT certbridge-targets NAMESPACE certbridge::
   DESTINATION "${package_folder}" COMPONENT development)
 write_basic_package_version_file("${CMAKE_BINARY_DIR}/certbridge-config-version.cmake"

@@ -3,6 +3,7 @@
 Usage: documents_test.py SOURCE_FOLDER BUILD_FOLDER CXX_COMPILER [FLAG...]
 """
 import os, pathlib, re, shutil, subprocess, sys, tempfile, unittest
+from transcripts import TRANSCRIPT, repeat
 
 SOURCE, BUILD = (pathlib.Path(path).resolve() for path in sys.argv[1:3])
 COMPILER = sys.argv[3:]
@@ -24,21 +25,16 @@ CALLERS = {"ask.sh": ["sh"], "ask.py": [sys.executable], "ask.js": ["node"], "as
 
 class Documents(unittest.TestCase):
     def test_transcripts(self):
-        transcripts = re.findall(r"^```console\n(.*?)^```", README + PROTOCOL, re.S | re.M)
+        transcripts = TRANSCRIPT.findall(README + PROTOCOL)
         self.assertTrue(transcripts)
         for transcript in transcripts:
-            commands = re.findall(r"^\$ (.*)", transcript, re.M)
-            # Each command is echoed behind its prompt; all of them share a shell, and so does $?.
-            script = "".join(f"(s=$?; cat <<'.'\n$ {line}\n.\nexit $s)\n{line}\n" for line in commands)
             with self.subTest(transcript), tempfile.TemporaryDirectory() as folder:
                 root = pathlib.Path(folder)
                 (root / "build").mkdir()
                 for link, target in (("examples", SOURCE / "examples"), ("tool", SOURCE / "tool"),
                                      ("build/release", BUILD)):
                     (root / link).symlink_to(target)
-                run = subprocess.run(["bash", "-c", script], cwd=root, stdout=subprocess.PIPE,
-                                     stderr=subprocess.STDOUT, encoding="utf-8")
-                self.assertEqual(run.stdout, transcript)
+                self.assertEqual(repeat(transcript, cwd=root), transcript)
 
     def test_plugin_source(self):
         self.assertIn((SOURCE / "examples/minimal_plugin.cpp").read_text(), README)

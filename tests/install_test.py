@@ -2,7 +2,8 @@
 
 Usage: install_test.py SOURCE_FOLDER BUILD_FOLDER VERSION CXX_COMPILER
 """
-import pathlib, shutil, subprocess, sys, tempfile, unittest
+import os, pathlib, shutil, subprocess, sys, tempfile, unittest
+from transcripts import TRANSCRIPT, repeat
 
 SOURCE, BUILD = (pathlib.Path(path).resolve() for path in sys.argv[1:3])
 VERSION, COMPILER = sys.argv[3:5]
@@ -39,6 +40,15 @@ class Install(unittest.TestCase):
         run("cmake", "--build", build)
         self.assertEqual((build / "answer").read_text(), ANSWER)
         self.assertEqual((build / "version").read_text(), VERSION)
+        # What the page for authors of plugins shows is true of both templates.
+        page = (prefix / "share/doc/certbridge/plugin-authors.md").read_text(encoding="utf-8")
+        environment = dict(os.environ, PREFIX=str(prefix), CXX=COMPILER, CMAKE_GENERATOR="Ninja")
+        transcript, = TRANSCRIPT.findall(page)
+        for language in ("cpp", "c"):
+            (self.folder / language).mkdir()
+            wanted = transcript.replace("template/cpp", "template/" + language)
+            output = repeat(wanted, cwd=self.folder / language, env=environment)
+            self.assertEqual(output, wanted)
 
     def test_installed_tree(self):
         run("cmake", "--install", BUILD, "--prefix", self.folder / "first")
