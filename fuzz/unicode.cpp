@@ -130,8 +130,11 @@ void checkCodes(const std::vector<std::uint32_t>& aCodes) {
         const auto appended = failureOf([&] { string.append(code); });
         require(appended.empty() == (code <= 0x10FFFF), "append() takes every code point");
         const bool isScalar = code < 0xD800 || (code > 0xDFFF && code <= 0x10FFFF);
-        const auto piece = failureOf([&] { UnicodeString32::appendUtf8(pieces, code); });
-        require(piece.empty() == isScalar, "appendUtf8() takes all but surrogates");
+        const auto piece = failureOf([&] {
+            char form[4];
+            pieces.append(form, UnicodeString32::encodeUtf8(form, code));
+        });
+        require(piece.empty() == isScalar, "encodeUtf8() takes all but surrogates");
         isText = isText && (isScalar || code > 0x10FFFF);
     }
     std::string whole;

@@ -216,16 +216,6 @@ char* putForm(char* aDest, std::uint32_t aMark, std::uint32_t aCode) {
     return aDest;
 }
 
-/// Writes the UTF-8 form of a code point and returns the place behind it.
-char* encodeUtf8(char* aDest, std::uint32_t aCode) {
-    if (aCode < 0x80) return putForm<1>(aDest, 0, aCode);
-    if (aCode < 0x800) return putForm<2>(aDest, 0xC0, aCode);
-    if (isSurrogate(aCode)) throw EncodingError("UnicodeString32::asUtf8(): reserved code");
-    if (aCode < 0x10000) return putForm<3>(aDest, 0xE0, aCode);
-    if (aCode <= lastCode) return putForm<4>(aDest, 0xF0, aCode);
-    throw EncodingError("UnicodeString32::asUtf8(): code out of range");
-}
-
 } // namespace
 
 void UnicodeStringBase::checkUTF32(const std::uint32_t* aCodes, std::uint32_t aCount) {
@@ -358,9 +348,13 @@ std::string UnicodeString32::asUtf8() const {
     return result.append(chunk, next);
 }
 
-void UnicodeString32::appendUtf8(std::string& aDest, std::uint32_t aCode) {
-    char form[longestForm];
-    aDest.append(form, encodeUtf8(form, aCode));
+char* UnicodeString32::encodeUtf8(char* aDest, std::uint32_t aCode) {
+    if (aCode < 0x80) return putForm<1>(aDest, 0, aCode);
+    if (aCode < 0x800) return putForm<2>(aDest, 0xC0, aCode);
+    if (isSurrogate(aCode)) throw EncodingError("UnicodeString32::asUtf8(): reserved code");
+    if (aCode < 0x10000) return putForm<3>(aDest, 0xE0, aCode);
+    if (aCode <= lastCode) return putForm<4>(aDest, 0xF0, aCode);
+    throw EncodingError("UnicodeString32::asUtf8(): code out of range");
 }
 
 UnicodeString16::UnicodeString16(const std::uint16_t* aUnits) {

@@ -142,8 +142,9 @@ public:
     /// surrogate, "UnicodeString32::asUtf8(): code out of range" above U+10FFFF.
     std::string asUtf8() const;
 
-    /// Appends the UTF-8 form of one code point to @p aDest; throws what asUtf8() throws.
-    static void appendUtf8(std::string& aDest, std::uint32_t aCode);
+    /// Writes the UTF-8 form of one code point, at most four bytes, and returns the place behind
+    /// it; throws what asUtf8() throws.
+    static char* encodeUtf8(char* aDest, std::uint32_t aCode);
 };
 
 /// A zero-terminated sequence of UTF-16 code units; pairing is not checked here. At most 134217725

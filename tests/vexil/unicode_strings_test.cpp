@@ -15,7 +15,8 @@ TEST(UnicodeString32, DecodesAndEncodesEveryCodePoint) {
     for (std::uint32_t code = 0; code <= 0x10FFFF; ++code) {
         if (code == 0xD800) code = 0xE000;
         all.append(code);
-        UnicodeString32::appendUtf8(bytes, code);
+        char form[4];
+        bytes.append(form, UnicodeString32::encodeUtf8(form, code));
     }
     EXPECT_TRUE(all.asUtf8() == bytes);
     UnicodeString32::checkUtf8(bytes.data(), bytes.size());
@@ -55,8 +56,8 @@ TEST(UnicodeString32, RefusesWhatItCannotHoldOrEncode) {
         EXPECT_EQ(failureOf([&] { string.asUtf8(); }),
                   "EncodingError UnicodeString32::asUtf8(): reserved code");
     }
-    std::string bytes;
-    EXPECT_EQ(failureOf([&] { UnicodeString32::appendUtf8(bytes, 0x110000); }),
+    char form[4];
+    EXPECT_EQ(failureOf([&] { UnicodeString32::encodeUtf8(form, 0x110000); }),
               "EncodingError UnicodeString32::asUtf8(): code out of range");
 }
 

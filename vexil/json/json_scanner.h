@@ -4,9 +4,11 @@
 #include "vexil/json/decimal_conversion.h"
 #include "vexil/json/json_text.h"
 #include "vexil/json/json_tokenizer.h"
+#include "vexil/json/text_area.h"
 #include "vexil/streams.h"
 #include "vexil/unicode_strings.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdint>
@@ -59,6 +61,9 @@ struct Keyword {
 constexpr Keyword keywords[] = {
     {"false", JsonToken::False}, {"null", JsonToken::Null}, {"true", JsonToken::True}};
 
+/// The most bytes of a code point in UTF-8.
+constexpr std::size_t longestForm = 4;
+
 constexpr int endOfInput = -1;
 constexpr int nothingRead = -2;
 
@@ -67,44 +72,54 @@ inline bool hasClass(int aCharacter, CharacterClass aClass) {
            (characterClasses[static_cast<std::size_t>(aCharacter)] & aClass) != 0;
 }
 
-/// The value of a hexadecimal digit of either case, or -1.
-inline int hexDigitValue(int aCharacter) {
-    if (aCharacter >= '0' && aCharacter <= '9') return aCharacter - '0';
-    if (aCharacter >= 'A' && aCharacter <= 'F') return aCharacter - 'A' + 10;
-    if (aCharacter >= 'a' && aCharacter <= 'f') return aCharacter - 'a' + 10;
-    return -1;
+constexpr std::array<std::int8_t, 256> makeHexDigitValues() {
+    std::array<std::int8_t, 256> values{};
+    values.fill(-1);
+    for (std::int8_t digit = 0; digit < 16; ++digit) {
+        const auto index = static_cast<std::size_t>(digit);
+        values[static_cast<std::size_t>("0123456789abcdef"[index])] = digit;
+        values[static_cast<std::size_t>("0123456789ABCDEF"[index])] = digit;
+    }
+    return values;
 }
 
-/// The byte that a one-letter escape stands for; -1 for an escape without a meaning.
-inline int escapedByte(int aLetter) {
-    switch (aLetter) {
-    case '"':
-    case '\\':
-    case '/':
-        return aLetter;
-    case 'b':
-        return '\b';
-    case 'f':
-        return '\f';
-    case 'n':
-        return '\n';
-    case 'r':
-        return '\r';
-    case 't':
-        return '\t';
-    default:
-        return -1;
-    }
+constexpr auto hexDigitValues = makeHexDigitValues();
+
+/// The value of a hexadecimal digit of either case, or -1.
+inline int hexDigitValue(int aCharacter) {
+    return aCharacter < 0 ? -1 : hexDigitValues[static_cast<std::size_t>(aCharacter)];
 }
+
+/// The bytes that one-letter escapes stand for; 0 for an escape without a meaning.
+constexpr std::array<char, 256> makeEscapedBytes() {
+    std::array<char, 256> bytes{};
+    for (const char same : {'"', '\\', '/'}) bytes[static_cast<std::size_t>(same)] = same;
+    bytes['b'] = '\b';
+    bytes['f'] = '\f';
+    bytes['n'] = '\n';
+    bytes['r'] = '\r';
+    bytes['t'] = '\t';
+    return bytes;
+}
+
+constexpr auto escapedBytes = makeEscapedBytes();
 
 /// The current token and where scanning stands.
 struct Scan {
     int current = nothingRead; ///< the character behind the token: 0 to 255 or one of the above
     JsonToken token = JsonToken::Invalid;
     std::string_view text; ///< of the token: in the buffer, in the block being read, or constant
-    std::string buffer;    ///< reused from token to token
+    std::string buffer;    ///< reused from token to token; it may be longer than a text in it
     std::int32_t integerValue = 0; ///< of an Integer, else anything
     double floatValue = 0.0;       ///< of a Float, else anything
+
+    /// The text as a string, in the buffer from then on.
+    const std::string& bringTextToBuffer() {
+        if (text.data() != buffer.data()) buffer.assign(text);
+        buffer.resize(text.size());
+        text = buffer;
+        return buffer;
+    }
 };
 
 /// The characters of any stream, one read a character. A text that is taken goes to the buffer.
@@ -131,9 +146,14 @@ public:
     }
     std::string_view getText() const { return mBuffer; }
 
-    /// Appends the current character and those behind it that a string may hold as they are.
-    void appendPlain() {
-        while (mCurrent >= 0 && !hasClass(mCurrent, ClassStringStop)) take();
+    /// Copies the current character and those behind it that a string may hold as they are to @p
+    /// aNext, the end of the text in the area. Returns the end behind them.
+    char* takePlain(TextArea& aArea, char* aNext) {
+        for (; mCurrent >= 0 && !hasClass(mCurrent, ClassStringStop); advance()) {
+            aNext = aArea.reserve(aNext, 1);
+            *aNext++ = static_cast<char>(mCurrent);
+        }
+        return aNext;
     }
     /// Only a block of memory can be looked at as a whole.
     static bool takeWholeString(std::string_view&, bool&) { return false; }
@@ -181,10 +201,18 @@ public:
     int take() { return advance(); }
     std::string_view getText() const { return {mText, static_cast<std::size_t>(mCurrent - mText)}; }
 
-    void appendPlain() {
-        const char* const end = measurePlainRun(mCurrent, mEnd).end;
-        mBuffer.append(mCurrent, static_cast<std::size_t>(end - mCurrent));
-        mCurrent = end;
+    char* takePlain(TextArea& aArea, char* aNext) {
+        constexpr std::ptrdiff_t shortRun = 8;
+        const char* const run = mCurrent;
+        mCurrent = measurePlainRun(run, mEnd).end;
+        const std::ptrdiff_t size = mCurrent - run;
+        aNext = aArea.reserve(aNext, static_cast<std::size_t>(std::max(size, shortRun)));
+        if (size <= shortRun && mEnd - run >= shortRun) {
+            std::memcpy(aNext, run, shortRun); // eight bytes take less time than few
+        } else {
+            std::copy(run, mCurrent, aNext);
+        }
+        return aNext + size;
     }
 
     /// Standing behind the quotation mark that begins a string: if all up to the next one is plain,
@@ -220,23 +248,22 @@ public:
     /// The current token, of which the kind, the text and the value of the kind are set.
     const Scan& getScan() const { return mScan; }
 
-    JsonToken next() { return mScan.token = scanToken(); }
-
-private:
-    JsonToken takeNothing(JsonToken aToken) {
+    JsonToken next() {
+        mScan.token = JsonToken::Invalid; // that is what is left where the stream throws
         mScan.text = {};
-        return aToken;
+        return mScan.token = scanToken();
     }
 
+private:
     JsonToken scanToken() {
         if (hasClass(mSource.current(), ClassSpace)) {
             while (hasClass(mSource.advance(), ClassSpace)) {
             }
-            if (mReportWhitespace) return takeNothing(JsonToken::Whitespace);
+            if (mReportWhitespace) return JsonToken::Whitespace;
         }
         switch (mSource.current()) {
         case endOfInput:
-            return takeNothing(JsonToken::End);
+            return JsonToken::End;
         case '"':
             return scanString() ? JsonToken::String : JsonToken::Invalid;
         case '[':
@@ -333,12 +360,11 @@ private:
     }
 
     bool convertFloat() {
-        if (mScan.text.data() != mScan.buffer.data()) mScan.buffer.assign(mScan.text);
-        const char* const text = mScan.buffer.c_str();
+        const std::string& text = mScan.bringTextToBuffer();
         const char* end = nullptr;
         errno = 0; // a plugin may have left an error there
-        const double value = strToDouble(text, &end);
-        if (errno != 0 || end != text + mScan.buffer.size()) return false;
+        const double value = strToDouble(text.c_str(), &end);
+        if (errno != 0 || end != text.c_str() + text.size()) return false;
         mScan.floatValue = value;
         return true;
     }
@@ -347,21 +373,31 @@ private:
         mSource.advance();
         bool isAscii = false;
         if (mSource.takeWholeString(mScan.text, isAscii)) return isText(isAscii);
-        mScan.buffer.clear();
-        const bool isComplete = scanStringInBuffer();
-        mScan.text = mScan.buffer;
+        StringText text{TextArea(mScan.buffer, 0)};
+        const bool isComplete = scanStringInArea(text);
+        mScan.text = text.get();
         return isComplete && isText(false);
     }
 
+    /// A string on its way to an area.
+    struct StringText {
+        TextArea area;
+        char* next = area.getBegin();
+        std::uint32_t highSurrogate = 0; ///< 0: none is pending
+
+        std::string_view get() const {
+            return {area.getBegin(), static_cast<std::size_t>(next - area.getBegin())};
+        }
+    };
+
     /// Scans what is behind the opening quotation mark and stands behind the closing one.
-    bool scanStringInBuffer() {
-        std::uint32_t highSurrogate = 0; // 0: none is pending
+    bool scanStringInArea(StringText& aText) {
         for (;;) {
             const int character = mSource.current();
             if (character == endOfInput) return false;
             if (character == '\\') {
-                if (!scanEscape(highSurrogate)) return false;
-            } else if (highSurrogate != 0) {
+                if (!scanEscape(aText)) return false;
+            } else if (aText.highSurrogate != 0) {
                 return false;
             } else if (character == '"') {
                 mSource.advance();
@@ -369,47 +405,50 @@ private:
             } else if (hasClass(character, ClassStringStop)) {
                 return false;
             } else {
-                mSource.appendPlain();
+                aText.next = mSource.takePlain(aText.area, aText.next);
             }
         }
     }
 
     /// Scans an escape from its backslash on and stands behind it.
-    bool scanEscape(std::uint32_t& aHighSurrogate) {
+    bool scanEscape(StringText& aText) {
         const int letter = mSource.advance();
         if (letter == endOfInput) return false;
-        if (letter == 'u') return scanUnicodeEscape(aHighSurrogate);
-        if (aHighSurrogate != 0) return false;
-        const int byte = escapedByte(letter);
-        if (byte >= 0) mScan.buffer.push_back(static_cast<char>(byte));
+        if (letter == 'u') return scanUnicodeEscape(aText);
+        if (aText.highSurrogate != 0) return false;
+        const char byte = escapedBytes[static_cast<std::size_t>(letter)];
+        aText.next = aText.area.reserve(aText.next, 1);
+        *aText.next = byte;
+        aText.next += byte != 0 ? 1 : 0;
         mSource.advance(); // an unknown escape is dropped, with the one byte behind its backslash
         return true;
     }
 
-    bool scanUnicodeEscape(std::uint32_t& aHighSurrogate) {
+    bool scanUnicodeEscape(StringText& aText) {
         std::uint32_t unit = 0;
         for (int i = 0; i < 4; ++i) {
             const int digit = hexDigitValue(mSource.advance());
             if (digit < 0) return false;
             unit = unit << 4 | static_cast<std::uint32_t>(digit);
         }
-        if (!takeUnit(unit, aHighSurrogate)) return false;
+        if (!takeUnit(unit, aText)) return false;
         mSource.advance();
         return true;
     }
 
     /// Appends the character of an escaped UTF-16 unit, or keeps a high surrogate pending.
-    bool takeUnit(std::uint32_t aUnit, std::uint32_t& aHighSurrogate) {
+    static bool takeUnit(std::uint32_t aUnit, StringText& aText) {
         const bool isLowSurrogate = aUnit >= 0xDC00 && aUnit <= 0xDFFF;
-        if (isLowSurrogate != (aHighSurrogate != 0)) return false;
+        if (isLowSurrogate != (aText.highSurrogate != 0)) return false;
         if (isLowSurrogate) {
-            aUnit = 0x10000 + ((aHighSurrogate & 0x3FF) << 10 | (aUnit & 0x3FF));
-            aHighSurrogate = 0;
+            aUnit = 0x10000 + ((aText.highSurrogate & 0x3FF) << 10 | (aUnit & 0x3FF));
+            aText.highSurrogate = 0;
         } else if (aUnit >= 0xD800 && aUnit <= 0xDBFF) {
-            aHighSurrogate = aUnit;
+            aText.highSurrogate = aUnit;
             return true;
         }
-        UnicodeString32::appendUtf8(mScan.buffer, aUnit);
+        aText.next =
+            UnicodeString32::encodeUtf8(aText.area.reserve(aText.next, longestForm), aUnit);
         return true;
     }
 

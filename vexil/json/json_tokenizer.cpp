@@ -27,12 +27,7 @@ double JsonTokenizer::getFloatValue() const {
 }
 
 const std::string& JsonTokenizer::getText() const {
-    Scan& scan = mState->scan;
-    if (scan.text.data() != scan.buffer.data()) {
-        scan.buffer.assign(scan.text);
-        scan.text = scan.buffer;
-    }
-    return scan.buffer;
+    return mState->scan.bringTextToBuffer();
 }
 
 } // namespace vexil

@@ -4,6 +4,7 @@
 #include "vexil/json/json_text.h"
 #include "vexil/json/json_value_classes.h"
 #include "vexil/json/number_text.h"
+#include "vexil/json/text_area.h"
 #include "vexil/unicode_strings.h"
 
 #include <algorithm>
@@ -37,38 +38,6 @@ constexpr std::array<char, 128> makeCharacterForms() {
 }
 
 constexpr auto characterForms = makeCharacterForms();
-
-/// Text being written, at the end of a string that is made longer in large steps: so each byte is
-/// filled in advance about once, however much the string could hold. The bytes go straight to their
-/// places. Where the text ends so far is known to whoever writes it, which asks for room there.
-class TextArea {
-public:
-    /// Behind the first @p aBegin bytes, which stay.
-    TextArea(std::string& aTarget, std::size_t aBegin)
-        : mTarget(aTarget), mBegin(aBegin), mEnd(aTarget.data() + aTarget.size()) {}
-    TextArea(const TextArea&) = delete;
-    TextArea& operator=(const TextArea&) = delete;
-
-    char* getBegin() const { return mTarget.data() + mBegin; }
-    /// Room for @p aSize bytes behind a text that ends at @p aNext. Returns that place, which may
-    /// have moved. What is there is anything.
-    char* reserve(char* aNext, std::size_t aSize) {
-        return static_cast<std::size_t>(mEnd - aNext) >= aSize ? aNext : grow(aNext, aSize);
-    }
-
-private:
-    char* grow(const char* aNext, std::size_t aSize) {
-        constexpr std::size_t firstStep = 256;
-        const auto written = static_cast<std::size_t>(aNext - getBegin());
-        mTarget.resize(mBegin + written + std::max({aSize, firstStep, written}));
-        mEnd = mTarget.data() + mTarget.size();
-        return getBegin() + written;
-    }
-
-    std::string& mTarget;
-    const std::size_t mBegin;
-    char* mEnd;
-};
 
 /// Text on its way to any stream: each piece is one write.
 class StreamSink : public TextArea {

@@ -79,10 +79,14 @@ TEST(JsonTokenizer, GoesOnWhereTheStreamWasMovedTo) {
 
 TEST(JsonTokenizer, PassesOnAStringTooLongForUnicodeText) {
     const std::string longest(67108861, 'a');
-    const std::string tooLong = "\"a" + longest + "\"";
     EXPECT_EQ(longest, parseText("\"" + longest + "\"")->getString());
-    EXPECT_THAT([&] { parseText(tooLong); },
+    const std::string tooLong = "[\"a" + longest + "\"]";
+    vexil::MemoryInputStream stream{vexil::ByteRange(tooLong)};
+    JsonTokenizer tokenizer(stream, 0);
+    tokenizer.nextToken();
+    EXPECT_THAT([&] { tokenizer.nextToken(); },
                 ThrowsMessage<vexil::Overflow>("UnicodeString32::alloc(): string too long"));
+    EXPECT_EQ(JsonToken::Invalid, tokenizer.getToken());
 }
 
 } // namespace
