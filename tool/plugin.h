@@ -1,3 +1,5 @@
+/// @file
+/// What a plugin includes: the class Plugin and the function GetPlugin().
 #pragma once
 
 #include <cstdint>
@@ -21,6 +23,7 @@
 /// returns is not looked at.
 class Plugin {
 public:
+    /// @{
     /// Eight entries of the table of operations that certbridge does not call; they are the
     /// plugin's own, and only there so that the two below are the ninth and the tenth.
     virtual void reserved1() {}
@@ -31,6 +34,7 @@ public:
     virtual void reserved6() {}
     virtual void reserved7() {}
     virtual void reserved8() {}
+    /// @}
 
     /// Must return 1. Called once, before anything else; with any other result the run ends with
     /// "wrong plugin type" and nothing more is called.
@@ -38,14 +42,14 @@ public:
 
     /// Answers one request. Called at most once, after getPluginType() returned 1.
     ///
-    /// @p aRequest  the request, gone when the call returns:
-    ///     {"request":[{"name":"file","value":"a.pem"},{"name":"depth","value":1}]}
+    /// @param aRequest  the request, gone when the call returns:
+    ///   `{"request":[{"name":"file","value":"a.pem"},{"name":"depth","value":1}]}`,
     ///   one element for each member of the caller's request but "action", in the caller's order,
     ///   with a value of any JSON type; names may repeat.
-    /// @p aResponse  null on entry; on success set it to a reply
-    ///     {"response":[{"name":"subject","value":"CN=a"}]}
-    /// @p aError  null on entry; on failure set it to a reply
-    ///     {"error":[{"name":"errorCode","value":7},{"name":"erroMessage","value":"why"}]}
+    /// @param aResponse  null on entry; on success set it to a reply
+    ///   `{"response":[{"name":"subject","value":"CN=a"}]}`
+    /// @param aError  null on entry; on failure set it to a reply
+    ///   `{"error":[{"name":"errorCode","value":7},{"name":"erroMessage","value":"why"}]}`.
     ///   Once it is set, @p aResponse is never looked at.
     ///
     /// The reply stays the plugin's. It is read once, right after the call, and must stay readable
@@ -58,12 +62,14 @@ public:
                                 const char** aError) = 0;
 
 protected:
-    // Not virtual: a virtual destructor would take entries of the table. Nobody destroys a plugin
-    // through this class.
+    /// @{
+    /// Nobody makes, copies or destroys a plugin through this class. A virtual destructor would
+    /// take entries of the table.
     Plugin() = default;
     Plugin(const Plugin&) = default;
     Plugin& operator=(const Plugin&) = default;
     ~Plugin() = default;
+    /// @}
 };
 
 /// Returns the plugin object, which stays the plugin's and must live as long as the library is

@@ -3,6 +3,7 @@
 #include <stdexcept>
 #include <string>
 
+/// The support library of certbridge.
 namespace vexil {
 
 /// Base of everything the library throws by itself. Holds its message and nothing else; what()
@@ -12,6 +13,7 @@ namespace vexil {
 /// in a constructor, and the problem alone inside the JSON reader, writer and values.
 class Exception : public std::runtime_error {
 public:
+    /// @p aMessage is what what() will return.
     explicit Exception(const std::string& aMessage) : std::runtime_error(aMessage) {}
 };
 

@@ -15,9 +15,11 @@ public:
 
     /// Copies up to @p aLen bytes to @p aDest and moves past them. Returns how many; 0 is the end.
     virtual std::int32_t read(void* aDest, std::int32_t aLen) = 0;
+    /// Ends the use of the source.
     virtual void close() = 0;
     /// Moves to @p aPos, counted from the start.
     virtual void seek(std::int32_t aPos) = 0;
+    /// The position, counted from the start.
     virtual std::int32_t tell() = 0;
     /// How many bytes can still be read.
     virtual std::int32_t available() = 0;
@@ -32,9 +34,13 @@ class OutputStream {
 public:
     virtual ~OutputStream() = default;
 
+    /// Passes on what the stream may have kept back.
     virtual void flush() = 0;
+    /// Ends the use of the sink.
     virtual void close() = 0;
+    /// Moves to @p aPos, counted from the start.
     virtual void seek(std::int32_t aPos) = 0;
+    /// The position, counted from the start.
     virtual std::int32_t tell() = 0;
     /// Takes all @p aLen bytes at @p aSource or throws.
     virtual void write(const void* aSource, std::int32_t aLen) = 0;
@@ -50,9 +56,12 @@ class ByteRange {
 public:
     /// The bytes of @p aText, which must stay as it is while the range is in use.
     explicit ByteRange(const std::string& aText);
+    /// The @p aSize bytes at @p aData, which must stay as they are while the range is in use.
     ByteRange(const void* aData, std::size_t aSize);
 
+    /// The first byte, borrowed.
     const char* getData() const { return mData; }
+    /// The number of bytes.
     std::uint32_t getSize() const { return mSize; }
 
 private:
@@ -65,7 +74,9 @@ private:
 /// A refused call leaves the position where it was.
 class MemoryInputStream final : public InputStream, private NonCopyable {
 public:
+    /// Stands on the first of the @p aSize bytes at @p aData.
     MemoryInputStream(const void* aData, std::uint32_t aSize);
+    /// The same for the bytes of @p aRange; the range itself may go.
     explicit MemoryInputStream(const ByteRange& aRange);
 
     /// Throws InvalidArgument "MemoryInputStream::read(): invalid argument aLen" if it is negative.
@@ -83,10 +94,12 @@ public:
     void seek64(std::int64_t aPos) override;
     std::int64_t tell64() override;
 
+    /// Whether the position is 0.
     bool isAtBegin() const { return mPosition == 0; }
     /// The bytes not read yet, borrowed from the block. Lets a reader look at many at once; it
     /// moves past those it took with skip().
     const char* getRemainingData() const { return mData + mPosition; }
+    /// How many they are.
     std::uint32_t getRemainingSize() const { return mSize - mPosition; }
     /// Moves past @p aCount bytes, at most getRemainingSize().
     void skip(std::uint32_t aCount) { mPosition += aCount; }
@@ -101,9 +114,12 @@ private:
 /// Never clears or shortens the string. A refused write appends nothing.
 class StringOutputStream final : public OutputStream, private NonCopyable {
 public:
+    /// Appends to @p aTarget, which is borrowed.
     explicit StringOutputStream(std::string* aTarget);
 
+    /// Does nothing: what was written is in the string.
     void flush() override {}
+    /// Does nothing; the stream can still be written to.
     void close() override {}
     /// Throws NotImplemented "StringOutputStream::seek(): not implemented".
     void seek(std::int32_t aPos) override;

@@ -46,8 +46,10 @@ public:
 
     /// The units, zero-terminated also when there is none; valid until the string changes.
     const Unit* getData() const { return mBuffer != nullptr ? mBuffer : &noUnits; }
+    /// The number of units, the terminating one not counted.
     std::uint32_t getLength() const { return mLength; }
 
+    /// Exchanges the blocks; no unit is copied.
     void swap(UnicodeStringOf& aOther) noexcept;
 
 protected:
@@ -73,10 +75,10 @@ protected:
     /// Empties the string and keeps its room.
     void clear();
 
-    static constexpr Unit noUnits = 0;
+    static constexpr Unit noUnits = 0; ///< what an empty string without a block shows
 
-    Unit* mBuffer = nullptr; ///< from realloc, owned
-    std::uint32_t mLength = 0;
+    Unit* mBuffer = nullptr;     ///< from realloc, owned
+    std::uint32_t mLength = 0;   ///< in units
     std::uint32_t mCapacity = 0; ///< in units
 
 private:
@@ -105,12 +107,14 @@ public:
     /// Adds one code point. Throws what checkUTF32() throws; surrogates are taken.
     void append(std::uint32_t aCode);
 
+    /// @{
     /// Replaces the content by the UTF-8 text. Throws EncodingError
     /// "UnicodeString32::assignUtf8(): truncated" or "UnicodeString32::assignUtf8(): invalid code"
     /// (overlong forms, surrogates and codes above U+10FFFF included), Overflow for 67108862 bytes
     /// or more.
     void assignUtf8(const void* aBytes, std::size_t aLen);
     void assignUtf8(const std::string& aBytes) { assignUtf8(aBytes.data(), aBytes.size()); }
+    /// @}
 
     /// Throws exactly what assignUtf8() of an empty string throws for these bytes, without building
     /// the code points and without allocating.

@@ -8,8 +8,8 @@ namespace vexil {
 /// An unsigned integer in an array of 32-bit words that the caller owns, least significant first.
 /// 0 has no words; the most significant word in use is never 0.
 struct BigUnsigned {
-    std::int32_t count = 0; ///< words in use
-    std::uint32_t* words = nullptr;
+    std::int32_t count = 0;         ///< words in use
+    std::uint32_t* words = nullptr; ///< borrowed
 };
 
 // Every operation that writes a number takes the capacity of its output in words and returns 0, or
@@ -62,6 +62,7 @@ inline std::uint64_t bigToWord64(const BigUnsigned& aA) {
 constexpr std::int32_t bitLength32(std::uint32_t aWord) {
     return 32 - std::countl_zero(aWord);
 }
+/// The same for a number of several words.
 inline std::int32_t bigBitLength(const BigUnsigned& aA) {
     return aA.count == 0 ? 0 : bitLength32(aA.words[aA.count - 1]) + 32 * (aA.count - 1);
 }

@@ -6,9 +6,9 @@ namespace vexil {
 
 /// Parameters of a binary floating-point format.
 struct BinaryFloatFormat {
-    std::int32_t minExponent;
-    std::int32_t maxExponent;
-    std::int32_t bias;
+    std::int32_t minExponent;        ///< least binary exponent of a normal value in [0.5, 1)
+    std::int32_t maxExponent;        ///< greatest binary exponent of a finite value, likewise
+    std::int32_t bias;               ///< added to the exponent of a significand in [1, 2)
     std::int32_t mantissaBits;       ///< the hidden bit included
     std::int32_t maxDigits;          ///< significant decimal digits taken into account
     std::int32_t maxDecimalExponent; ///< of the first significant digit; above it: overflow

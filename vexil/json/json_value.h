@@ -32,26 +32,36 @@ class JsonValue : private NonCopyable {
 public:
     virtual ~JsonValue() = default;
 
+    /// The kind, which never changes.
     virtual JsonType getType() const = 0;
 
     /// Elements of an array, members of an object.
     virtual std::uint32_t getSize() const = 0;
+    /// The value of a Boolean.
     virtual bool getBoolean() const = 0;
+    /// The value of an Integer.
     virtual std::int32_t getInteger() const = 0;
+    /// The value of a Float.
     virtual double getFloat() const = 0;
     /// The bytes of a string, zero bytes included. UTF-8 by convention, which nothing here checks.
     virtual const std::string& getString() const = 0;
 
+    /// @{
     /// The name of member @p aIndex, itself a value. Throws std::out_of_range from getSize() on.
     virtual const JsonValue* getNameAt(std::uint32_t aIndex) const = 0;
     virtual JsonValue* getNameAt(std::uint32_t aIndex) = 0;
+    /// @}
+    /// @{
     /// Element @p aIndex, or the value of that member. Throws std::out_of_range from getSize() on.
     virtual const JsonValue* getValueAt(std::uint32_t aIndex) const = 0;
     virtual JsonValue* getValueAt(std::uint32_t aIndex) = 0;
+    /// @}
+    /// @{
     /// The value of the first member whose name has exactly the bytes of the zero-terminated
     /// @p aName, or null. Linear in the number of members.
     virtual const JsonValue* findFirst(const char* aName) const = 0;
     virtual JsonValue* findFirst(const char* aName) = 0;
+    /// @}
 
     /// Adds an element at the end and takes it over. On failure (std::bad_alloc) the array is
     /// unchanged and the value stays with the caller.
@@ -63,16 +73,18 @@ public:
     /// A deep copy, owned by the caller, made without recursion.
     virtual JsonValue* clone() const = 0;
 
-    /// Factories: each returns a new value that the caller owns. They throw std::bad_alloc.
+    /// @{
+    /// Factories: each returns a new value that the caller owns. They throw std::bad_alloc. A text
+    /// given as a pointer is zero-terminated.
     static JsonValue* createNull();
     static JsonValue* createBoolean(bool aValue);
     static JsonValue* createInteger(std::int32_t aValue);
     static JsonValue* createFloat(double aValue);
     static JsonValue* createString(const std::string& aText);
-    /// From a zero-terminated text.
     static JsonValue* createString(const char* aText);
     static JsonValue* createArray();
     static JsonValue* createObject();
+    /// @}
 
 protected:
     JsonValue() = default;
