@@ -175,11 +175,13 @@ constexpr std::uint64_t packNextStates(unsigned aByte) {
            InvalidForm << InvalidForm;
 }
 
-constexpr auto nextStates = [] {
+constexpr std::array<std::uint64_t, 256> makeNextStates() {
     std::array<std::uint64_t, 256> states{};
-    for (unsigned byte = 0; byte < states.size(); ++byte) states[byte] = packNextStates(byte);
+    for (unsigned i = 0; i < 256; ++i) states[i] = packNextStates(i);
     return states;
-}();
+}
+
+constexpr auto nextStates = makeNextStates();
 
 bool isUtf8(const std::uint8_t* aPos, const std::uint8_t* aEnd) {
     constexpr std::ptrdiff_t blockSize = 16;

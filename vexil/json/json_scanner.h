@@ -179,7 +179,7 @@ public:
 
     /// The current character must be in front of the position.
     MemorySource(MemoryInputStream& aStream, Scan& aScan)
-        : mStream(aStream), mBuffer(aScan.buffer), mBegin(aStream.getRemainingData()),
+        : mStream(aStream), mBegin(aStream.getRemainingData()),
           mEnd(mBegin + aStream.getRemainingSize()),
           mCurrent(aScan.current == nothingRead ? mBegin : mBegin - 1), mText(mCurrent) {}
     ~MemorySource() {
@@ -228,7 +228,6 @@ public:
 
 private:
     MemoryInputStream& mStream;
-    std::string& mBuffer;
     const char* mBegin;
     const char* mEnd;
     const char* mCurrent; ///< the current character, or the end

@@ -111,10 +111,16 @@ void JsonValueContainer::throwOutOfRange(std::uint32_t aIndex) const {
 
 namespace {
 
+template <class... Classes>
+bool isOneOf(const JsonValue& aValue) {
+    const std::type_info& type = typeid(aValue);
+    return ((type == typeid(Classes)) || ...);
+}
+
+/// Asks for the most frequent class first.
 template <class Kind>
 bool isOurs(const JsonValue& aValue) {
-    const std::type_info& type = typeid(aValue);
-    return type == typeid(InPool<Kind>) || type == typeid(Kind) || type == typeid(PoolRoot<Kind>);
+    return isOneOf<InPool<Kind>, Kind, PoolRoot<Kind>>(aValue);
 }
 
 } // namespace

@@ -130,7 +130,7 @@ FloatText putDecimal(char* aDest, const Decimal& aDecimal) {
         return {putExponent(putWithPoint(aDest, digits, 1).end, exponent), false};
     }
     if (exponent >= 0) return putWithPoint(aDest, digits, exponent + 1);
-    std::memcpy(aDest, "0.000", 5);
+    std::copy_n("0.000", 5, aDest);
     aDest += 1 - exponent;
     std::memcpy(aDest, digits.text, Digits::areaSize);
     return {aDest + digits.count, false};
