@@ -164,7 +164,7 @@ char* writeInteger(char* aDest, std::int32_t aValue) {
     const std::uint32_t magnitude = aValue < 0 ? 0 - bits : bits;
     // All ten digits, of which those behind the leading zeros count: without a loop, of which
     // nobody could predict the end.
-    char digits[integerTextSize] = {};
+    char digits[19] = {}; // ten are copied from the last digit on at the latest
     const std::uint32_t low = magnitude % 100000000;
     putPair(digits, magnitude / 100000000);
     putPair(digits + 2, low / 1000000);
