@@ -41,14 +41,13 @@ class Install(unittest.TestCase):
         self.assertEqual((build / "answer").read_text(), ANSWER)
         self.assertEqual((build / "version").read_text(), VERSION)
         # What the page for authors of plugins shows is true of both templates.
-        page = (prefix / "share/doc/certbridge/plugin-authors.md").read_text(encoding="utf-8")
         environment = dict(os.environ, PREFIX=str(prefix), CXX=COMPILER, CMAKE_GENERATOR="Ninja")
-        transcript, = TRANSCRIPT.findall(page)
+        page = prefix / "share/doc/certbridge/plugin-authors.md"
+        transcript, = TRANSCRIPT.findall(page.read_text(encoding="utf-8"))
         for language in ("cpp", "c"):
             (self.folder / language).mkdir()
             wanted = transcript.replace("template/cpp", "template/" + language)
-            output = repeat(wanted, cwd=self.folder / language, env=environment)
-            self.assertEqual(output, wanted)
+            self.assertEqual(repeat(wanted, cwd=self.folder / language, env=environment), wanted)
 
     def test_installed_tree(self):
         run("cmake", "--install", BUILD, "--prefix", self.folder / "first")
