@@ -1,25 +1,20 @@
-"""Certificates made with the openssl command, and what a plugin must say about them."""
-import pathlib, re, subprocess, time
+"""Certificates made with the openssl command, and what an example plugin must say about them."""
+import json, pathlib, re, subprocess, sys, time
 
-OTHER_NAME = "otherName:1.3.6.1.4.1.311.20.2.3%sada@x"
+sys.path.append(str(pathlib.Path(__file__).parent.parent))
+from table import read_rows
+
 SELF_SIGNED = "openssl req -x509 -nodes -utf8 -keyout %s.key -out %s.pem -subj '%s' -newkey %s"
 CERTIFICATES = [
     SELF_SIGNED % ("rsa", "rsa", "/C=DE/O=Müller, Söhne/CN=例え", "rsa:2048 -days 36500") +
     " -addext 'subjectAltName=DNS:example.org,IP:127.0.0.1,IP:fe80::1,email:a@b.c,URI:http://x/,"
-    "RID:1.2.3," + OTHER_NAME % ";UTF8:" + "'",
+    "RID:1.2.3'",
     SELF_SIGNED % ("ed", "ed", "/CN=ed", "ed25519 -addext subjectAltName=DNS:YYYY"),
     "openssl req -new -nodes -keyout ec.key -subj /CN=leaf -newkey ec "
     "-pkeyopt ec_paramgen_curve:P-384 | openssl x509 -req -CA rsa.pem -CAkey rsa.key "
     "-set_serial -10 -out ec.pem",
     "for name in rsa ec ed; do openssl x509 -in $name.pem -outform DER -out $name.der; done",
 ]
-RSA = {"subject": "CN=例え,O=Müller\\, Söhne,C=DE", "publicKeyAlgorithm": "RSA",
-       "publicKeyBits": 2048, "subjectAlternativeNames": [
-           "DNS:example.org", "IP:127.0.0.1", "IP:fe80::1", "email:a@b.c", "URI:http://x/",
-           "RID:1.2.3", OTHER_NAME % ":"]}
-EC = {"subject": "CN=leaf", "issuer": RSA["subject"], "publicKeyAlgorithm": "EC",
-      "publicKeyBits": 384, "serialNumber": "-0A", "subjectAlternativeNames": []}
-ED = {"subject": "CN=ed", "publicKeyAlgorithm": "ED25519"}
 
 
 def make(commands):
@@ -34,3 +29,30 @@ def openssl_view(pem):
              for value in values[:2]]
     return dict(zip(("notBefore", "notAfter", "sha256Fingerprint", "serialNumber"), times + values[2:]),
                 pem=re.search("-----BEGIN C.*", pathlib.Path(pem).read_text(), re.S)[0])
+
+
+def check_rows(table, command, view=openssl_view, store=""):
+    """Asks the plugin what each row of the table asks; the number of rows that failed.
+
+    ask     members of the request; STORE stands for a name
+    answer  members that the answer must have; other members may be anything
+    absent  a member that it must not have
+    pem     a file with the same certificate, of which openssl knows more members
+    error   the members of the error document instead
+    """
+    failures = 0
+    for row in read_rows(table):
+        row = {key: value.decode().replace("STORE", store) for key, value in row.items()}
+        request = '{"action":"getCertificate",%s}' % row["ask"]
+        run = subprocess.run(command, input=request.encode(), capture_output=True)
+        actual = json.loads(run.stdout.decode())
+        expected = 2, {"error": json.loads("{%s}" % row.get("error"))} if "error" in row else None
+        if "error" not in row:
+            members = {**actual.get("getCertificate", {}), **(view(row["pem"]) if "pem" in row else {})}
+            members.update(json.loads("{%s}" % row["answer"]))
+            members.pop(row.get("absent"), None)
+            expected = 0, {"getCertificate": members}
+        if (run.returncode, actual, run.stderr) != (*expected, b""):
+            print("FAILED", row, "expected", expected, "actual", run, sep="\n  ")
+            failures += 1
+    return failures

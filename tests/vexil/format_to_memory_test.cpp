@@ -39,5 +39,7 @@ TEST_F(FormatToMemoryTest, ReportsAFaultOfTheRuntime) {
         EXPECT_THAT([&] { formatInto(faulty, "x"); }, fails) << testing::PrintToString(results);
         EXPECT_EQ(faulty.getLength(), 0);
         EXPECT_EQ(next, results.end());
+        next = results.begin();
+        EXPECT_THAT([] { FormatToMemory::format("x"); }, fails);
     }
 }

@@ -1,11 +1,21 @@
 #include "tests/platform/test_platform.h"
 #include "tests/vexil/format_rows.h"
-#include "tests/vexil/legacy_runtime.h"
 
+#include <algorithm>
 #include <cstring>
 
 using namespace vexil;
 using testing::ThrowsMessage;
+
+// Formats as runtimes did before there was a standard: below 0 for a text that does not fit, which
+// then fills all of the room, and no terminator where there is no room for it.
+static int formatLegacy(char* aDest, std::size_t aSize, const char* aFormat,
+                        std::va_list aArguments) {
+    char text[4096];
+    const int length = std::vsnprintf(text, sizeof text, aFormat, aArguments);
+    std::memcpy(aDest, text, std::min(std::size_t(length) + 1, aSize));
+    return std::size_t(length) > aSize ? -2 : length;
+}
 
 class LegacyFormat : public OnTestPlatform {
 protected:

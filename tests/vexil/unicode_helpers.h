@@ -6,7 +6,7 @@
 
 #include <gmock/gmock.h>
 
-#include <iomanip>
+#include <span>
 #include <sstream>
 #include <string>
 
@@ -28,17 +28,22 @@ std::string failureOf(const Action& aAction) {
     return "";
 }
 
-/// The content of a string, whose terminator is checked on the way, as the tables show it.
+/// Units of any width as the tables show them.
+template <class Unit>
+std::string shown(const Unit* aUnits, std::size_t aCount) {
+    std::ostringstream text;
+    text << std::hex << std::uppercase;
+    for (const std::uint32_t unit : std::span(aUnits, aCount)) {
+        unit > 0x20 && unit < 0x7F ? text << char(unit) : text << '<' << unit << '>';
+    }
+    return text.str();
+}
+
+/// The content of a string, whose terminator is checked on the way.
 template <class String>
 std::string contentOf(const String& aString) {
-    std::ostringstream content;
-    content << std::hex << std::uppercase;
-    for (std::uint32_t i = 0; i < aString.getLength(); ++i) {
-        const std::uint32_t code = aString.getData()[i];
-        code > 0x20 && code < 0x7F ? content << char(code) : content << '<' << code << '>';
-    }
     EXPECT_EQ(aString.getData()[aString.getLength()], 0);
-    return content.str();
+    return shown(aString.getData(), aString.getLength());
 }
 
 /// What becomes of a string that was "old".

@@ -78,9 +78,7 @@ TEST(JsonTokenizer, GoesOnWhereTheStreamWasMovedTo) {
 }
 
 TEST(JsonTokenizer, PassesOnAStringTooLongForUnicodeText) {
-    const std::string longest(67108861, 'a');
-    EXPECT_EQ(longest, parseText("\"" + longest + "\"")->getString());
-    const std::string tooLong = "[\"a" + longest + "\"]";
+    const std::string tooLong = "[\"" + std::string(67108862, 'a') + "\"]";
     vexil::MemoryInputStream stream{vexil::ByteRange(tooLong)};
     JsonTokenizer tokenizer(stream, 0);
     tokenizer.nextToken();
