@@ -1,10 +1,11 @@
 // Makes one allocation after the other fail, through everything that allocates.
 #include "tests/failing_memory.h"
-#include "tests/vexil/format_rows.h"
+#include "tests/platform/test_platform.h"
 #include "tests/vexil/json/json_helpers.h"
 #include "tests/vexil/unicode_helpers.h"
 #include "tool/name_value_list.h"
 #include "vexil/dynamic_library.h"
+#include "vexil/format_to_memory.h"
 
 #include <optional>
 
@@ -67,7 +68,7 @@ Row making(const std::string& aLabel, const std::function<std::string()>& aMake)
             }};
 }
 
-const std::string longText(40, 'x');
+const std::string longText(300, 'x');
 
 } // namespace
 
@@ -145,20 +146,27 @@ TEST(AllocationFaults, OfUnicodeStrings) {
 }
 
 TEST(AllocationFaults, OfFormatting) {
-    const std::string text(300, 'x');
-    const auto begin = [&] {
-        const auto target = std::make_shared<FormatToMemory>(0);
-        const auto state = [=] { return target->getLength() ? target->getBuffer() : ""s; };
-        return Work{[=, &text] { formatInto(*target, "%s", text.c_str()); }, state, text};
-    };
-    failEachAllocation({{"format", begin}});
+    const auto format = [] { return FormatToMemory::format("%s%s", "", longText.c_str()); };
+    failEachAllocation({making("format", format)});
 }
 
 TEST(AllocationFaults, OfLoading) {
+    int loaded = 0;
+    const auto real = TestPlatform::real();
+    TestPlatform::inUse().openModule = [&](const char* aName, long& aError) {
+        void* const module = real.openModule(aName, aError);
+        loaded += module != nullptr;
+        return module;
+    };
+    TestPlatform::inUse().closeModule = [&](void* aModule) {
+        --loaded;
+        real.closeModule(aModule);
+    };
     const auto load = [](const char* aName) {
         DynamicLibrary library;
         return std::string(library.load(aName) ? "loaded" : library.getErrorText());
     };
     failEachAllocation({making("a library", [&] { return load(SYMBOL_LIBRARY); }),
                         making("none", [&] { return load("./none"); })});
+    EXPECT_EQ(loaded, 0);
 }

@@ -22,26 +22,7 @@ void __wrap_free(void* aBlock) {
     FailingMemory::liveBlocks -= aBlock != nullptr;
     __real_free(aBlock);
 }
-// A runtime that is linked into the program is led to the functions above as well, and one of them
-// cannot report that there is no memory for its report: exceptions always have memory here.
-void* __real___cxa_allocate_exception(std::size_t aSize);
-void* __wrap___cxa_allocate_exception(std::size_t aSize) {
-    return FailingMemory::paused([=] { return __real___cxa_allocate_exception(aSize); });
 }
-void* __real___cxa_allocate_dependent_exception();
-void* __wrap___cxa_allocate_dependent_exception() {
-    return FailingMemory::paused(__real___cxa_allocate_dependent_exception);
-}
-}
-
-// Such a runtime also keeps for good what it makes for the first exception.
-[[maybe_unused]] static const bool hasThrown = [] {
-    try {
-        throw true;
-    } catch (bool aThrown) {
-        return aThrown;
-    }
-}();
 
 void* operator new(std::size_t aSize) {
     if (void* const block = std::malloc(aSize + 1)) return block;

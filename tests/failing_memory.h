@@ -1,7 +1,5 @@
 #pragma once
 
-#include <utility>
-
 /// While it lives, the first @p aCount allocations succeed, and the next one fails, as does every
 /// later one unless @p aOnce; be it by malloc, realloc or operator new. One at a time.
 class FailingMemory {
@@ -24,15 +22,6 @@ public:
 
     /// Blocks that are allocated and not freed.
     static inline long liveBlocks = 0;
-
-    /// Calls @p aAllocation, which does not fail and is not counted among the allocations.
-    template <typename Allocation>
-    static void* paused(const Allocation& aAllocation) {
-        const long allowed = std::exchange(sAllowed, unlimited);
-        void* const block = aAllocation();
-        sAllowed = allowed;
-        return block;
-    }
 
 private:
     static constexpr long unlimited = -1;

@@ -1,8 +1,10 @@
 #include "tests/table.h"
 
 #include <fstream>
-#include <sstream>
+#include <memory>
+#include <typeinfo>
 
+#include <cxxabi.h>
 #include <gtest/gtest.h>
 
 namespace {
@@ -52,4 +54,17 @@ void forEachRow(const std::string& aFile, std::size_t aCount,
         aCheck(columns);
     }
     EXPECT_GT(rows, 0) << "no row in " TEST_DATA "/" << aFile;
+}
+
+std::string failureOf(const std::function<void()>& aAction) {
+    try {
+        aAction();
+    } catch (const std::exception& failure) {
+        const auto* const symbol = typeid(failure).name();
+        const std::unique_ptr<char, decltype(&std::free)> name(
+            abi::__cxa_demangle(symbol, nullptr, nullptr, nullptr), std::free);
+        const std::string text = name.get();
+        return text.substr(text.rfind(':') + 1) + " " + failure.what();
+    }
+    return "";
 }

@@ -1,6 +1,9 @@
 #pragma once
 
 #include <functional>
+#include <iomanip>
+#include <iterator>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -13,3 +16,14 @@ using Columns = std::vector<std::string>;
 /// %{3*ab} is ababab. Empty lines, and those that start with "# ", are no rows.
 void forEachRow(const std::string& aFile, std::size_t aCount,
                 const std::function<void(const Columns&)>& aCheck);
+
+/// The decimal numbers of a column, or the hexadecimal ones.
+template <class Number = int>
+std::vector<Number> numbersOf(const std::string& aText, int aBase = 10) {
+    std::istringstream text(aText);
+    text >> std::setbase(aBase);
+    return {std::istream_iterator<Number>(text), {}};
+}
+
+/// The class and the message of what @p aAction throws; empty if it does not.
+std::string failureOf(const std::function<void()>& aAction);

@@ -1,32 +1,15 @@
 #pragma once
 
 #include "tests/table.h"
-#include "vexil/exceptions.h"
 #include "vexil/unicode_strings.h"
 
 #include <gmock/gmock.h>
 
 #include <span>
-#include <sstream>
 #include <string>
 
 using namespace vexil;
 using namespace std::string_literals;
-
-/// The class and the message of what @p aAction throws; empty if it does not.
-template <class Action>
-std::string failureOf(const Action& aAction) {
-    try {
-        aAction();
-    } catch (const EncodingError& error) {
-        return std::string("EncodingError ") + error.what();
-    } catch (const Overflow& error) {
-        return std::string("Overflow ") + error.what();
-    } catch (const InvalidArgument& error) {
-        return std::string("InvalidArgument ") + error.what();
-    }
-    return "";
-}
 
 /// Units of any width as the tables show them.
 template <class Unit>
@@ -54,8 +37,9 @@ struct OctetRow {
 
 inline void forEachOctetRow(const std::function<void(const OctetRow&)>& aCheck) {
     forEachRow("octet_encodings.txt", 4, [&](const Columns& aRow) {
-        std::istringstream encodings(aRow[0]);
-        for (int encoding; encodings >> encoding;) aCheck({encoding, aRow[1], aRow[2], aRow[3]});
+        for (const int encoding : numbersOf(aRow[0])) {
+            aCheck({encoding, aRow[1], aRow[2], aRow[3]});
+        }
     });
 }
 

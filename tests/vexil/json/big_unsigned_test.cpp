@@ -3,10 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include <iterator>
 #include <map>
 #include <random>
-#include <sstream>
 
 using namespace vexil;
 using testing::PrintToString;
@@ -37,17 +35,12 @@ const std::map<std::string, Op> operations{{"compare", compare},   {"add", add},
                                            {"multiply", multiply}, {"shift", shiftLeft},
                                            {"split", split},       {"divide", divide}};
 
-Words wordsOf(const std::string& aText) {
-    std::istringstream text(aText);
-    text >> std::hex;
-    return {std::istream_iterator<std::uint32_t>(text), {}};
-}
-
 TEST(BigUnsigned, ResultFitsItsCapacityOrIsRefused) {
     forEachRow("big_unsigned.txt", 6, [](const Columns& aRow) {
         const Op operation = operations.at(aRow[0]);
         const std::int32_t cap = std::stoi(aRow[3]);
-        Number a(wordsOf(aRow[1]), 1), b(wordsOf(aRow[2])), result({}, cap);
+        Number a(numbersOf<std::uint32_t>(aRow[1], 16), 1),
+            b(numbersOf<std::uint32_t>(aRow[2], 16)), result({}, cap);
         if (cap > 0) {
             Number less({}, cap - 1);
             EXPECT_EQ(operation(a.value, less.value, cap - 1, b.value), 1);
@@ -55,8 +48,8 @@ TEST(BigUnsigned, ResultFitsItsCapacityOrIsRefused) {
         }
         EXPECT_EQ(operation(a.value, result.value, cap, b.value), 0);
         EXPECT_TRUE(result.intact() && a.intact());
-        EXPECT_EQ(result.words(), wordsOf(aRow[4]));
-        EXPECT_EQ(a.words(), wordsOf(aRow[5]));
+        EXPECT_EQ(result.words(), numbersOf<std::uint32_t>(aRow[4], 16));
+        EXPECT_EQ(a.words(), numbersOf<std::uint32_t>(aRow[5], 16));
     });
     Number five({5}, 1);
     EXPECT_EQ(bigDivide(five.value, 2, five.value, 2, Number({}).value), 1) << "by 0";
