@@ -1,9 +1,15 @@
 #include "tests/failing_memory.h"
 
+#include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <new>
 
-// The linker leads every call of malloc, realloc and free here (--wrap).
+#include <iconv.h>
+#include <locale.h>
+
+// The linker leads every call of these functions here (--wrap). What the system allocates for a
+// locale or a conversion fails with the rest of the memory.
 extern "C" {
 void* __real_malloc(std::size_t aSize);
 void* __real_realloc(void* aBlock, std::size_t aSize);
@@ -21,6 +27,18 @@ void* __wrap_realloc(void* aBlock, std::size_t aSize) {
 void __wrap_free(void* aBlock) {
     FailingMemory::liveBlocks -= aBlock != nullptr;
     __real_free(aBlock);
+}
+locale_t __real_newlocale(int aMask, const char* aName, locale_t aBase);
+locale_t __wrap_newlocale(int aMask, const char* aName, locale_t aBase) {
+    if (FailingMemory::mayAllocate()) return __real_newlocale(aMask, aName, aBase);
+    errno = ENOMEM;
+    return {};
+}
+iconv_t __real_iconv_open(const char* aTo, const char* aFrom);
+iconv_t __wrap_iconv_open(const char* aTo, const char* aFrom) {
+    if (FailingMemory::mayAllocate()) return __real_iconv_open(aTo, aFrom);
+    errno = ENOMEM;
+    return reinterpret_cast<iconv_t>(std::intptr_t{-1});
 }
 }
 

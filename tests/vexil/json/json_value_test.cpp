@@ -11,18 +11,22 @@
 
 using namespace std::string_literals;
 using testing::ElementsAre;
-using testing::ThrowsMessage;
 using vexil::JsonType;
 using vexil::JsonValue;
 
 namespace {
 
-/// A value of a class that the library does not know; notes its end.
+/// A value of a class that the library does not know, with one member; notes its end.
 class Witness : public vexil::JsonValueDefault {
 public:
+    using JsonValueDefault::getNameAt;
+    using JsonValueDefault::getValueAt;
     Witness(std::vector<std::string>& aLog, std::string aName, JsonType aType = JsonType::Array)
         : mLog(aLog), mName(std::move(aName)), mType(aType) {}
     ~Witness() override { mLog.push_back(mName); }
+    std::uint32_t getSize() const override { return 1; }
+    const JsonValue* getNameAt(std::uint32_t) const override { return mText.get(); }
+    const JsonValue* getValueAt(std::uint32_t) const override { return mText.get(); }
     JsonType getType() const override { return mType; }
     JsonValue* clone() const override { return new Witness(mLog, mName + "'", mType); }
 
@@ -30,6 +34,7 @@ private:
     std::vector<std::string>& mLog;
     std::string mName;
     JsonType mType;
+    JsonTree mText{JsonValue::createString("m")};
 };
 
 struct Operation {
@@ -61,9 +66,8 @@ TEST(JsonValueKinds, AnswerTheirOwnOperationsAndNoOther) {
             for (const Operation& operation : operations) {
                 if ((" " + aRow[2] + " ").find(" "s + operation.name + " ") != std::string::npos)
                     continue;
-                EXPECT_THAT([&] { operation.call(*value); },
-                            ThrowsMessage<vexil::UnsupportedFunction>(operation.name +
-                                                                      "() not supported"s));
+                EXPECT_EQ(failureOf([&] { operation.call(*value); }),
+                          "UnsupportedFunction "s + operation.name + "() not supported");
             }
             EXPECT_EQ(aRow[0], writeText(*value));
         }
@@ -89,8 +93,8 @@ TEST(JsonValueObject, FindsTheFirstMemberOfExactlyThatName) {
     EXPECT_EQ(nullptr, value->findFirst("b"));
     EXPECT_EQ(6u, value->getSize());
     value->appendNameAndValue(JsonValue::createNull(), JsonValue::createNull());
-    EXPECT_THAT([&] { value->findFirst("z"); },
-                ThrowsMessage<vexil::UnsupportedFunction>("getString() not supported"));
+    EXPECT_EQ(failureOf([&] { value->findFirst("z"); }),
+              "UnsupportedFunction getString() not supported");
 }
 
 TEST(JsonValueTree, IsDestroyedInOrderNamesBeforeValues) {
@@ -121,17 +125,13 @@ TEST(JsonValueTree, IsCopiedWholeWithForeignValuesInIt) {
     const std::string text = writeText(*root);
     JsonTree copy(root->clone());
     root->appendValue(new Witness(log, "w"));
+    root->appendValue(new Witness(log, "o", JsonType::Object));
     JsonTree second(root->clone());
     root.reset();
+    EXPECT_EQ(R"([{"a":[],"a":{"b":[1,"x"]}},2.5,[[null]],["m"],{"m":"m"}])", writeText(*second));
     second.reset();
-    EXPECT_THAT(log, ElementsAre("w", "w'"));
+    EXPECT_THAT(log, ElementsAre("w", "o", "w'", "o'"));
     EXPECT_EQ(text, writeText(*copy));
-}
-
-TEST(JsonValueTree, HasNoLimitOfDepth) {
-    const std::string text = nestedArrays(1000000);
-    const JsonTree root = parseText(text);
-    EXPECT_TRUE(writeText(*JsonTree(root->clone())) == text);
 }
 
 } // namespace
