@@ -46,14 +46,14 @@ TEST(OctetEncodings, RefuseLengthsBeforeReading) {
     const auto tooLong16 = "Overflow UnicodeString16::assignWindowsANSI(): string too long"s;
     // Would be 3 if it were cut to 32 bits.
     constexpr std::size_t huge = SIZE_MAX / 2 + 4;
-    for (const std::size_t length : {std::size_t{67108862}, huge}) {
-        expectRow({Latin1, "plain", "old", tooLong}, length);
-        expectRow({Utf8, "plain", "old", tooLong}, length);
-        expectRow({Windows1252, "plain", "", tooLong}, length);
-        expectRow({PdfTextString, "plain", "", tooLong}, length);
-    }
-    for (const std::size_t length : {std::size_t{0x80000000}, huge}) {
-        expectRow({WindowsAnsi, "plain", "old", tooLong16}, length);
+    const OctetRow rows[] = {{Latin1, "plain", "old", tooLong},
+                             {Utf8, "plain", "old", tooLong},
+                             {Windows1252, "plain", "", tooLong},
+                             {PdfTextString, "plain", "", tooLong},
+                             {WindowsAnsi, "plain", "old", tooLong16}};
+    for (const auto& row : rows) {
+        expectRow(row, row.encoding == WindowsAnsi ? 0x80000000 : 67108862);
+        expectRow(row, huge);
     }
     const std::string longest(67108861, 'a');
     UnicodeString32::checkUtf8(longest.data(), longest.size());
