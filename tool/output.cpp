@@ -1,6 +1,5 @@
 #include "tool/output.h"
 
-#include "tool/name_value_list.h"
 #include "vexil/format_to_memory.h"
 #include "vexil/json/json_value.h"
 #include "vexil/json/json_writer.h"
@@ -36,23 +35,17 @@ void endAfterFailure() {
     std::exit(failureStatus);
 }
 
+void printText(const std::string& aText) {
+    if (!writeToStandardOutput(aText)) endAfterFailure();
+}
+
 void printJson(const JsonValue& aDocument) {
     std::string text;
     vexil::StringOutputStream stream(&text);
     vexil::JsonWriter writer(stream, 0);
     writer.write(aDocument);
     text += '\n';
-    if (!writeToStandardOutput(text)) endAfterFailure();
-}
-
-void fatalError(std::int32_t aCode, const char* aMessage) {
-    ValueHolder list(JsonValue::createArray());
-    appendNameValue(list, "errorCode", JsonValue::createInteger(aCode));
-    appendNameValue(list, "errorMessage", aMessage);
-    ValueHolder document(JsonValue::createObject());
-    appendMember(document, "error", list);
-    printJson(*document);
-    endAfterFailure();
+    printText(text);
 }
 
 void fatalErrorFormat(std::int32_t aCode, const char* aFormat, ...) {

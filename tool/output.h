@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 namespace vexil {
 class JsonValue;
@@ -20,9 +21,12 @@ enum FatalErrorCode : std::int32_t {
 /// of standard output. Releases nothing.
 [[noreturn]] void endAfterFailure();
 
-/// Writes @p aDocument and a line end to standard output and flushes it. Ends the process with
-/// status 2, without a message, if that fails; what did not get out then never will. A pipe
-/// without a reader is such a failure, not a signal.
+/// Writes @p aText to standard output and flushes it. Ends the process with status 2, without a
+/// message, if that fails; what did not get out then never will. A pipe without a reader is such a
+/// failure, not a signal.
+void printText(const std::string& aText);
+
+/// Prints @p aDocument and a line end.
 void printJson(const vexil::JsonValue& aDocument);
 
 /// Writes {"error":[{"name":"errorCode","value":aCode},{"name":"errorMessage","value":aMessage}]}
