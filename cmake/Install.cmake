@@ -1,15 +1,16 @@
-# What `cmake --install` and `cpack` deliver, in two components: runtime, the program, and
+# What `cmake --install` and `cpack` deliver, in two components: runtime, the programs, and
 # development, what it takes to write a plugin or to use the library.
 include(CMakePackageConfigHelpers)
 
 set(include_folder "${CMAKE_INSTALL_INCLUDEDIR}/certbridge")
 set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/certbridge")
 
-install(TARGETS certbridge EXPORT certbridge-targets
+install(TARGETS certbridge certbridge_check EXPORT certbridge-targets
   RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT runtime)
 install(FILES LICENSE CHANGELOG.md docs/protocol.md
   DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT runtime)
-install(FILES docs/certbridge.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT runtime)
+install(FILES docs/certbridge.1 docs/certbridge-check.1
+  DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT runtime)
 
 install(TARGETS vexil certbridge_plugin EXPORT certbridge-targets
   ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development)

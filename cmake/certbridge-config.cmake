@@ -1,4 +1,5 @@
 # certbridge::vexil       the support library
 # certbridge::plugin      what a plugin links: the include folder of tool/plugin.h
 # certbridge::certbridge  the program
+# certbridge::check       the checker of plugins, certbridge-check
 include("${CMAKE_CURRENT_LIST_DIR}/certbridge-targets.cmake")

@@ -53,7 +53,8 @@ class Install(unittest.TestCase):
         run("cmake", "--install", BUILD, "--prefix", self.folder / "first")
         prefix = (self.folder / "first").rename(self.folder / "moved")
         self.check_tree(prefix)
-        for file in ("share/man/man1/certbridge.1", "share/doc/certbridge/LICENSE"):
+        for file in ("share/man/man1/certbridge.1", "share/man/man1/certbridge-check.1",
+                     "share/doc/certbridge/LICENSE", "bin/certbridge-check"):
             self.assertTrue((prefix / file).is_file(), file)
 
     @unittest.skipUnless(shutil.which("pkg-config"), "there is no pkg-config")

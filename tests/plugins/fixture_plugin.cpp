@@ -5,13 +5,16 @@
 #include <algorithm>
 #include <cerrno>
 #include <cfenv>
+#include <chrono>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <thread>
 
 namespace {
 
@@ -39,6 +42,8 @@ std::string quoted(std::string_view aText) {
     return result + '"';
 }
 
+volatile char* nowhere = nullptr;
+
 class FixturePlugin final : public Plugin {
 public:
     ~FixturePlugin() {
@@ -47,14 +52,19 @@ public:
 
     std::int32_t getPluginType() override { return FIXTURE_TYPE; }
 
-    // Members of the request: "do" (print, throw, both, nothing), "locale" to set (and another
-    // rounding with it), "note" (a file to create on unloading), "response" and "error". Without
-    // any of these two the request comes back, quoted.
+    // Members of the request: "do" (print, throw, both, crash, exit, hang, close standard output,
+    // reply in the memory of the request, nothing), "locale" to set (and another rounding with it),
+    // "note" (a file to create on unloading), "response" and "error". Without any of these two the
+    // request comes back, quoted.
     void getCertificate(const char* aRequest, const char** aResponse,
                         const char** aError) override {
         const auto what = findText(aRequest, "do").value_or("");
         if (what.starts_with("print")) std::puts("from the plugin");
         if (what.ends_with("throw")) throw *this; // of a type that only this library knows
+        if (what == "crash") *nowhere = 0;
+        if (what == "exit") std::exit(0);
+        if (what == "close") std::fclose(stdout);
+        while (what == "hang") std::this_thread::sleep_for(std::chrono::seconds(1));
         const auto locale = findText(aRequest, "locale");
         const bool isSet =
             !locale || (std::setlocale(LC_ALL, locale->c_str()) && std::fesetround(FE_UPWARD) == 0);
@@ -68,6 +78,8 @@ public:
         }
         if (mResponse) *aResponse = mResponse->c_str();
         if (mError) *aError = mError->c_str();
+        if (what == "borrow")
+            *aResponse = std::strcpy(const_cast<char*>(aRequest), "{\"response\":[]}");
         mFile = std::tmpfile(); // where a closed standard stream was, unless somebody is there
         errno = ERANGE;         // which no later conversion may take for its own
     }
