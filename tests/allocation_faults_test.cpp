@@ -19,9 +19,6 @@ struct Work {
     std::string before, after; ///< the state after a failure, and once it is done
 };
 
-/// A label and what begins the same work anew, as often as it takes.
-using Row = std::pair<std::string, std::function<Work()>>;
-
 /// False if the work was done before it came to the allocation that fails.
 bool failAndRetry(const Work& aWork, long aCount, bool aOnce) {
     std::string result = "done";
@@ -41,27 +38,26 @@ bool failAndRetry(const Work& aWork, long aCount, bool aOnce) {
     return failed;
 }
 
-void failEachAllocation(const std::vector<Row>& aRows) {
-    for (const auto& [label, begin] : aRows) {
-        for (const bool once : {true, false}) {
-            long count = 0;
-            for (bool failed = true; failed && !testing::Test::HasFailure(); ++count) {
-                SCOPED_TRACE(label + (once ? ": only " : ": from ") + std::to_string(count));
-                const long live = FailingMemory::liveBlocks;
-                failed = failAndRetry(begin(), count, once);
-                EXPECT_EQ(FailingMemory::liveBlocks, live) << "leaked";
-            }
-            EXPECT_GT(count, 1) << label << " allocates nothing";
+/// @p aBegin begins the same work anew, as often as it takes.
+void failEachAllocation(const std::string& aLabel, const std::function<Work()>& aBegin) {
+    for (const bool once : {true, false}) {
+        long count = 0;
+        for (bool failed = true; failed && !testing::Test::HasFailure(); ++count) {
+            SCOPED_TRACE(aLabel + (once ? ": only " : ": from ") + std::to_string(count));
+            const long live = FailingMemory::liveBlocks;
+            failed = failAndRetry(aBegin(), count, once);
+            EXPECT_EQ(FailingMemory::liveBlocks, live) << "leaked";
         }
+        EXPECT_GT(count, 1) << aLabel << " allocates nothing";
     }
 }
 
-/// Work that makes a text from nothing.
-Row making(const std::string& aLabel, const std::function<std::string()>& aMake) {
-    return {aLabel, [=] {
-                const auto text = std::make_shared<std::string>("none");
-                return Work{[=] { *text = aMake(); }, [=] { return *text; }, "none", aMake()};
-            }};
+/// The same of work that makes a text from nothing.
+void failToMake(const std::string& aLabel, const std::function<std::string()>& aMake) {
+    failEachAllocation(aLabel, [&] {
+        const auto text = std::make_shared<std::string>("none");
+        return Work{[&aMake, text] { *text = aMake(); }, [text] { return *text; }, "none", aMake()};
+    });
 }
 
 const std::string longText(300, 'x');
@@ -79,14 +75,12 @@ TEST(AllocationFaults, OfJson) {
         return JsonTree(JsonParser(tokenizer, 0).parse(true));
     };
     const auto tree = parseText(text);
-    failEachAllocation({
-        making("parse", [&] { return writeText(*parseText(text)); }),
-        making("parse a stream", [&] { return writeText(*parseForeign()); }),
-        making("parse a scalar", [&] { return writeText(*parseText("1.5")); }),
-        making("clone", [&] { return writeText(*JsonTree(tree->clone())); }),
-        making("write", [&] { return writeText(*tree); }),
-        making("write ASCII", [&] { return writeText(*tree, JsonWriter::EscapeNonAscii); }),
-    });
+    failToMake("parse", [&] { return writeText(*parseText(text)); });
+    failToMake("parse a stream", [&] { return writeText(*parseForeign()); });
+    failToMake("parse a scalar", [] { return writeText(*parseText("1.5")); });
+    failToMake("clone", [&] { return writeText(*JsonTree(tree->clone())); });
+    failToMake("write", [&] { return writeText(*tree); });
+    failToMake("write ASCII", [&] { return writeText(*tree, JsonWriter::EscapeNonAscii); });
 }
 
 // What is done to a container and a value, and both after it. Four entries fill a container that
@@ -107,20 +101,20 @@ const std::tuple<std::string, std::function<void(ValueHolder&, ValueHolder&)>, s
 };
 
 TEST(AllocationFaults, OfAppending) {
-    for (const auto& row : appends) {
-        const auto begin = [&row](JsonTree aContainer) {
-            const auto container = std::make_shared<JsonTree>(std::move(aContainer));
-            const auto value = std::make_shared<JsonTree>(JsonValue::createBoolean(true));
-            const auto state = [=] {
-                return writeText(**container) + " " + (*value ? writeText(**value) : "");
-            };
-            return Work{[=, &row] { get<1>(row)(*container, *value); }, state,
-                        get<0>(row) + " true", get<2>(row)};
-        };
-        const auto parse = [&row] { return parseText(get<0>(row)); };
-        failEachAllocation(
-            {{"parsed " + get<0>(row), [&] { return begin(parse()); }},
-             {"built " + get<0>(row), [&] { return begin(JsonTree(parse()->clone())); }}});
+    for (const auto& [before, append, after] : appends) {
+        const auto parse = [&before = before] { return parseText(before); };
+        for (const bool parsed : {true, false}) {
+            failEachAllocation((parsed ? "parsed " : "built ") + before, [&] {
+                const auto container =
+                    std::make_shared<JsonTree>(parsed ? parse() : JsonTree(parse()->clone()));
+                const auto value = std::make_shared<JsonTree>(JsonValue::createBoolean(true));
+                const auto state = [=] {
+                    return writeText(**container) + " " + (*value ? writeText(**value) : "");
+                };
+                return Work{[=, &append = append] { append(*container, *value); }, state,
+                            before + " true", after};
+            });
+        }
     }
 }
 
@@ -136,15 +130,13 @@ TEST(AllocationFaults, OfUnicodeStrings) {
             return Work{assign, [=] { return contentOf(*string); }, keeps ? "old" : "",
                         aRow.content};
         };
-        failEachAllocation({{"assign", begin}});
+        failEachAllocation("assign", begin);
     });
-    const auto encode = [] { return UnicodeString32(Utf8, longText).asUtf8(); };
-    failEachAllocation({making("UTF-8", encode)});
+    failToMake("UTF-8", [] { return UnicodeString32(Utf8, longText).asUtf8(); });
 }
 
 TEST(AllocationFaults, OfFormatting) {
-    const auto format = [] { return FormatToMemory::format("%s%s", "", longText.c_str()); };
-    failEachAllocation({making("format", format)});
+    failToMake("format", [] { return FormatToMemory::format("%s", longText.c_str()); });
 }
 
 TEST(AllocationFaults, OfLoading) {
@@ -163,7 +155,7 @@ TEST(AllocationFaults, OfLoading) {
         DynamicLibrary library;
         return std::string(library.load(aName) ? "loaded" : library.getErrorText());
     };
-    failEachAllocation({making("a library", [&] { return load(SYMBOL_LIBRARY); }),
-                        making("none", [&] { return load("./none"); })});
+    failToMake("a library", [&] { return load(SYMBOL_LIBRARY); });
+    failToMake("none", [&] { return load("./none"); });
     EXPECT_EQ(loaded, 0);
 }

@@ -1,6 +1,10 @@
-"""Runs each row of data/end_to_end.txt through the built program, with the plugins made for it."""
+"""Runs each row of data/end_to_end.txt through the built program, with the plugins made for it.
 
-import argparse
+Usage: end_to_end.py PROGRAM PLUGIN_FOLDER SANITIZED RUNNER
+SANITIZED is ON for a program built with the sanitizers. RUNNER, which may be empty, is the command
+that runs a Windows program.
+"""
+
 import collections
 import concurrent.futures
 import json
@@ -43,12 +47,12 @@ def output(row):
 
 
 class Runner:
-    def __init__(self, options, scratch):
-        self.command = [*options.runner.split(), os.path.abspath(options.program)]
-        self.plugins, self.sanitized = options.plugins, options.sanitized
-        self.foreign = options.program.endswith(".exe")
+    def __init__(self, program, plugins, sanitized, runner, scratch):
+        self.command = [*runner.split(), os.path.abspath(program)]
+        self.plugins, self.sanitized = plugins, sanitized == "ON"
+        self.foreign = program.endswith(".exe")
         self.shown = "Z:" + self.command[-1].replace("/", "\\") if self.foreign else self.command[-1]
-        self.locale = "German" if self.foreign else make_locale(pathlib.Path(scratch))
+        self.locale = "German" if self.foreign else make_locale(scratch)
         self.environment = dict(os.environ, LOCPATH=scratch, NOBODY=NOBODY)
         (silent, _), (cut, writer) = os.pipe(), os.pipe()  # their other ends stay open
         os.write(writer, b'{"action"')
@@ -120,13 +124,8 @@ def shortened(text):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("--program", required=True)
-    parser.add_argument("--plugins", required=True, help="directory of the plugins")
-    parser.add_argument("--runner", default="", help="command that runs a Windows program")
-    parser.add_argument("--sanitized", action="store_true", help="built with the sanitizers")
     with tempfile.TemporaryDirectory() as scratch:
-        runner = Runner(parser.parse_args(), scratch)
+        runner = Runner(*sys.argv[1:5], pathlib.Path(scratch))
         rows = read_rows("end_to_end.txt")
         with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
             results = list(pool.map(runner.check, rows))

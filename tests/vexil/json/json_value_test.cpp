@@ -64,8 +64,7 @@ TEST(JsonValueKinds, AnswerTheirOwnOperationsAndNoOther) {
         for (const JsonTree& value : {JsonTree(original->clone()), parseText(aRow[0])}) {
             EXPECT_EQ(aRow[1], std::to_string(static_cast<int>(value->getType())));
             for (const Operation& operation : operations) {
-                if ((" " + aRow[2] + " ").find(" "s + operation.name + " ") != std::string::npos)
-                    continue;
+                if ((aRow[2] + " ").find(operation.name + " "s) != std::string::npos) continue;
                 EXPECT_EQ(failureOf([&] { operation.call(*value); }),
                           "UnsupportedFunction "s + operation.name + "() not supported");
             }
