@@ -3,6 +3,7 @@
 A reason stands in a line of its own: the file, the text of the uncovered line, the reason, with
 " | " between them. It holds for every uncovered line of that text in that file."""
 import json
+import subprocess
 import sys
 from pathlib import Path
 
@@ -60,10 +61,11 @@ def main(lines_path, reasons_path, report_path):
                 unexplained.append(f"{name} | {text} | ")
         if count.lines:
             rows.append(count.row(f"`{name}`"))
+    commit = subprocess.check_output(["git", "rev-parse", "--short", "HEAD"], text=True).strip()
     Path(report_path).write_text("\n".join([
         "# Coverage", "",
-        "Written by `scripts/coverage` from the unit tests and the end-to-end tables. Branches that",
-        "only exceptions take are left out.", "",
+        f"Written by `scripts/coverage` at commit {commit} from the unit tests and the end-to-end",
+        "tables. Branches that only exceptions take are left out.", "",
         "| file | lines | reached | branches | reached |", "| --- | ---: | ---: | ---: | ---: |",
         *rows, total.row("all"), "", "## Lines that no test reaches", "",
         *(["| file | line | why |", "| --- | --- | --- |", *uncovered] if uncovered else ["None."]),
