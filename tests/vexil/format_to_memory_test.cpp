@@ -75,15 +75,11 @@ TEST_F(FormatToMemoryTest, OffersRoomUntilTheTextFits) {
             EXPECT_EQ(format(formatter), "");
             EXPECT_STREQ(formatter.getBuffer(), "");
             EXPECT_EQ(formatter.getBuffer(), buffer);
-        } else if (aRow[0] == "0") {
-            giveResults(results);
-            EXPECT_EQ(failureOf([] { FormatToMemory::format(""); }), aRow[3]);
         }
+        if (aRow[0] != "0") return;
+        giveResults(results);
+        std::string text;
+        EXPECT_EQ(failureOf([&] { text = FormatToMemory::format(""); }), aRow[3]);
+        EXPECT_TRUE(text.size() == std::size_t(results.back()) || !aRow[3].empty());
     });
-}
-
-TEST_F(FormatToMemoryTest, FormatsItsArguments) {
-    if (LEGACY) GTEST_SKIP() << "the runtime follows the standard";
-    EXPECT_EQ(FormatToMemory::format("%300ld%c", 127L, 0),
-              std::string(297, ' ') + std::string("127\0", 4));
 }
