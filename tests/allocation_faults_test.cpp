@@ -3,7 +3,9 @@
 #include "tests/platform/test_platform.h"
 #include "tests/vexil/json/json_helpers.h"
 #include "tests/vexil/unicode_helpers.h"
+#include "tool/certificate_exchange.h"
 #include "tool/name_value_list.h"
+#include "tool/output.h"
 #include "vexil/dynamic_library.h"
 #include "vexil/format_to_memory.h"
 
@@ -158,4 +160,28 @@ TEST(AllocationFaults, OfLoading) {
     failToMake("a library", [&] { return load(SYMBOL_LIBRARY); });
     failToMake("none", [&] { return load("./none"); });
     EXPECT_EQ(loaded, 0);
+}
+
+// The program's output, but that nothing ends the process.
+static std::string printed;
+void printJson(const JsonValue& aDocument) {
+    printed = writeText(aDocument);
+}
+void fatalError(std::int32_t, const char* aMessage) {
+    throw std::logic_error(aMessage);
+}
+void fatalErrorFormat(std::int32_t, const char* aFormat, ...) {
+    throw std::logic_error(aFormat);
+}
+void endAfterFailure() {
+    throw;
+}
+
+TEST(AllocationFaults, OfAnExchange) {
+    const auto request = parseText(
+        R"({"action":"","a":[1,{}],"response":"{'response':[{'name':'a','value':[1.5,'b']}]}"})");
+    failToMake("exchange", [&] {
+        performGetCertificate(*request, FIXTURE_PLUGIN);
+        return std::exchange(printed, std::string());
+    });
 }
