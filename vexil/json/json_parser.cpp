@@ -19,7 +19,10 @@ template <class Source>
 class TreeBuilder {
 public:
     explicit TreeBuilder(Scanner<Source>& aScanner)
-        : mScanner(aScanner), mScan(aScanner.getScan()), mPool(TreePool::create()) {}
+        : mScanner(aScanner), mScan(aScanner.getScan()), mPool(TreePool::create()) {
+        mWaiting.reserve(32); // what a small text needs
+        mLevels.reserve(8);
+    }
     ~TreeBuilder() {
         for (JsonValue* const value : mWaiting) delete value;
     }
@@ -103,9 +106,8 @@ private:
         const Level& level = mLevels.back();
         const bool isBehindName = level.isObject && (mWaiting.size() - level.firstChild) % 2 != 0;
         if (isBehindName) {
-            if (mWaiting.back()->getType() != JsonType::String) {
-                throw JsonParserError("string expected");
-            }
+            // The token that completed the name is still the current one.
+            if (mScan.token != JsonToken::String) throw JsonParserError("string expected");
             if (mScanner.next() != JsonToken::Colon) throw JsonParserError("':' expected");
         } else {
             const JsonToken token = mScanner.next();
