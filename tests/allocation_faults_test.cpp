@@ -64,9 +64,11 @@ void failToMake(const std::string& aLabel, const std::function<std::string()>& a
 
 const std::string longText(300, 'x');
 
+using AllocationFaults = OnTestPlatform;
+
 } // namespace
 
-TEST(AllocationFaults, OfJson) {
+TEST_F(AllocationFaults, OfJson) {
     const auto text = R"({"a":"b","long":")" + longText + R"(","escapes":"\u00e9\ud83d\ude00\n)" +
                       longText + R"(","":[null,true,{},1.2345678901234567e-300,-1],"deep":)" +
                       nestedArrays(200) + "}";
@@ -102,7 +104,7 @@ const std::tuple<std::string, std::function<void(ValueHolder&, ValueHolder&)>, s
          R"([{"name":"a","value":")" + longText + R"("}] true)"},
 };
 
-TEST(AllocationFaults, OfAppending) {
+TEST_F(AllocationFaults, OfAppending) {
     for (const auto& [before, append, after] : appends) {
         const auto parse = [&before = before] { return parseText(before); };
         for (const bool parsed : {true, false}) {
@@ -120,7 +122,7 @@ TEST(AllocationFaults, OfAppending) {
     }
 }
 
-TEST(AllocationFaults, OfUnicodeStrings) {
+TEST_F(AllocationFaults, OfUnicodeStrings) {
     forEachOctetRow([](const OctetRow& aRow) {
         if (aRow.bytes.size() <= 12 || !aRow.failure.empty()) return; // may need no memory
         const bool keeps = aRow.encoding <= Utf8 || aRow.encoding == WindowsAnsi;
@@ -137,11 +139,11 @@ TEST(AllocationFaults, OfUnicodeStrings) {
     failToMake("UTF-8", [] { return UnicodeString32(Utf8, longText).asUtf8(); });
 }
 
-TEST(AllocationFaults, OfFormatting) {
+TEST_F(AllocationFaults, OfFormatting) {
     failToMake("format", [] { return FormatToMemory::format("%s", longText.c_str()); });
 }
 
-TEST(AllocationFaults, OfLoading) {
+TEST_F(AllocationFaults, OfLoading) {
     int loaded = 0;
     const auto real = TestPlatform::real();
     TestPlatform::inUse().openModule = [&](const char* aName, long& aError) {
@@ -177,7 +179,7 @@ void endAfterFailure() {
     throw;
 }
 
-TEST(AllocationFaults, OfAnExchange) {
+TEST_F(AllocationFaults, OfAnExchange) {
     const auto request = parseText(
         R"({"action":"","a":[1,{}],"response":"{'response':[{'name':'a','value':[1.5,'b']}]}"})");
     failToMake("exchange", [&] {
