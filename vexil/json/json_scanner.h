@@ -93,12 +93,8 @@ inline int hexDigitValue(int aCharacter) {
 /// The bytes that one-letter escapes stand for; 0 for an escape without a meaning.
 constexpr std::array<char, 256> makeEscapedBytes() {
     std::array<char, 256> bytes{};
-    for (const char same : {'"', '\\', '/'}) bytes[static_cast<std::size_t>(same)] = same;
-    bytes['b'] = '\b';
-    bytes['f'] = '\f';
-    bytes['n'] = '\n';
-    bytes['r'] = '\r';
-    bytes['t'] = '\t';
+    for (const auto& [letter, byte] : letterEscapes) bytes[static_cast<std::size_t>(letter)] = byte;
+    bytes['/'] = '/'; // read, but never written
     return bytes;
 }
 

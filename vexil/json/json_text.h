@@ -14,6 +14,15 @@ constexpr bool isPlain(unsigned char aByte) {
     return aByte >= 0x20 && aByte != '"' && aByte != '\\';
 }
 
+/// A byte that a backslash and a letter stand for.
+struct LetterEscape {
+    char letter;
+    char byte;
+};
+
+constexpr LetterEscape letterEscapes[] = {{'"', '"'},  {'\\', '\\'}, {'b', '\b'}, {'f', '\f'},
+                                          {'n', '\n'}, {'r', '\r'},  {'t', '\t'}};
+
 /// The plain bytes at the beginning of a text.
 struct PlainRun {
     const char* end;

@@ -27,13 +27,7 @@ constexpr char formUnicode = 'u';
 constexpr std::array<char, 128> makeCharacterForms() {
     std::array<char, 128> forms{};
     for (std::size_t c = 0; c < 0x20; ++c) forms[c] = formUnicode;
-    forms['"'] = '"';
-    forms['\\'] = '\\';
-    forms['\b'] = 'b';
-    forms['\t'] = 't';
-    forms['\n'] = 'n';
-    forms['\f'] = 'f';
-    forms['\r'] = 'r';
+    for (const auto& [letter, byte] : letterEscapes) forms[static_cast<std::size_t>(byte)] = letter;
     return forms;
 }
 
@@ -65,16 +59,15 @@ private:
 class StringSink : public TextArea {
 public:
     explicit StringSink(std::string& aTarget)
-        : TextArea(aTarget, aTarget.size()), mTarget(aTarget), mWholePieces(aTarget.size()) {}
-    ~StringSink() { mTarget.resize(mWholePieces); }
+        : TextArea(aTarget, aTarget.size()), mWholePieces(aTarget.size()) {}
+    ~StringSink() { cut(mWholePieces); }
 
     char* endPiece(char* aNext) {
-        mWholePieces = static_cast<std::size_t>(aNext - mTarget.data());
+        mWholePieces = sizeUpTo(aNext);
         return aNext;
     }
 
 private:
-    std::string& mTarget;
     std::size_t mWholePieces; ///< the size up to their end
 };
 

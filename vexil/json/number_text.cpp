@@ -148,9 +148,9 @@ FloatText putExactly(char* aDest, double aValue) {
 
 /// The number of decimal digits.
 int countDigits(std::uint32_t aValue) {
-    static constexpr std::uint64_t powers[] = {
-        1, 10, 100, 1000, 10000, 100000, 1000000, 10000000, 100000000, 1000000000, 10000000000};
-    const int bits = static_cast<int>(std::bit_width(aValue | 1));
+    static constexpr std::uint32_t powers[] = {1,      10,      100,      1000,      10000,
+                                               100000, 1000000, 10000000, 100000000, 1000000000};
+    const int bits = static_cast<int>(std::bit_width(aValue));
     const int atLeast = bits * 1233 >> 12; // log10(2) * 2^12 is 1233.0...
     return atLeast + (aValue >= powers[atLeast] || aValue == 0 ? 1 : 0);
 }

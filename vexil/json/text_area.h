@@ -26,6 +26,13 @@ public:
         return static_cast<std::size_t>(mEnd - aNext) >= aSize ? aNext : grow(aNext, aSize);
     }
 
+    /// How much of the string comes before @p aPlace.
+    std::size_t sizeUpTo(const char* aPlace) const {
+        return static_cast<std::size_t>(aPlace - mTarget.data());
+    }
+    /// Ends the string behind its first @p aSize bytes. Nothing is to be written after that.
+    void cut(std::size_t aSize) { mTarget.resize(aSize); }
+
 private:
     char* grow(const char* aNext, std::size_t aSize) {
         constexpr std::size_t firstStep = 256;

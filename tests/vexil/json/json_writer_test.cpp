@@ -44,6 +44,19 @@ TEST(JsonWriter, QuotesAndEscapesStrings) {
     });
 }
 
+// Strings are taken by words: what needs an escape must be seen wherever it lies in them.
+TEST(JsonWriter, EscapesAtEveryPlaceOfTextsOfEveryLength) {
+    for (const std::string escape : {"", "\\\"", "\\\\", "\\u001f", "\\n", "\x7F", "\xC3\xA9"}) {
+        for (std::size_t size = 0; size <= 24; ++size) {
+            for (std::size_t before = 0; before <= size; ++before) {
+                const std::string text =
+                    '"' + std::string(before, ' ') + escape + std::string(size - before, '~') + '"';
+                EXPECT_EQ(writeText(*parseText(text)), text);
+            }
+        }
+    }
+}
+
 TEST(JsonWriter, GivesFloatsSixDigitsAndAPointOrAnExponent) {
     forEachRow("written_numbers.txt", 2, [](const Columns& aRow) {
         EXPECT_EQ(aRow[1], floatText(std::strtod(aRow[0].c_str(), nullptr)));
