@@ -2,7 +2,7 @@
 // number/SET/CONVERTER and count one conversion as one item.
 #include "documents.h"
 
-#include "vexil/json/decimal_conversion.h"
+#include "vexil/numbers/decimal_conversion.h"
 
 #include <benchmark/benchmark.h>
 

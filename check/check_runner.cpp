@@ -1,8 +1,8 @@
 #include "check/check_runner.h"
 
+#include "check/platform/platform.h"
 #include "check/readable_text.h"
 #include "check/sample_requests.h"
-#include "check/system.h"
 
 #include <chrono>
 #include <cstddef>

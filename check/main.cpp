@@ -1,7 +1,7 @@
 #include "check/check_runner.h"
 #include "check/options.h"
+#include "check/platform/platform.h"
 #include "check/report.h"
-#include "check/system.h"
 #include "tool/output.h"
 #include "vexil/platform/platform.h"
 

@@ -1,7 +1,7 @@
 #include "check/options.h"
 
+#include "check/platform/platform.h"
 #include "check/sample_requests.h"
-#include "check/system.h"
 #include "vexil/json/json_parser.h"
 #include "vexil/streams.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "certbridge/name_value_list.h"
 #include "check/plugin_checks.h"
-#include "tool/name_value_list.h"
 
 #include <chrono>
 #include <stdexcept>

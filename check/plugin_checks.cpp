@@ -1,10 +1,10 @@
 #include "check/plugin_checks.h"
 
+#include "certbridge/exchange.h"
 #include "check/check_failure.h"
 #include "check/readable_text.h"
 #include "check/reply_check.h"
 #include "check/sample_requests.h"
-#include "tool/exchange_steps.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #include "check/readable_text.h"
 
-#include "tool/name_value_list.h"
+#include "certbridge/name_value_list.h"
 #include "vexil/exceptions.h"
 #include "vexil/json/json_writer.h"
 #include "vexil/streams.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tool/exchange_steps.h"
+#include "certbridge/exchange.h"
 
 #include <string>
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "certbridge/name_value_list.h"
 #include "check/check_runner.h"
-#include "tool/name_value_list.h"
 
 #include <string>
 #include <vector>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tool/name_value_list.h"
+#include "certbridge/name_value_list.h"
 
 // What the plugin is asked, each as the object that a caller would send to certbridge.
 

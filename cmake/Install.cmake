@@ -2,7 +2,6 @@
 # development, what it takes to write a plugin or to use the library.
 include(CMakePackageConfigHelpers)
 
-set(include_folder "${CMAKE_INSTALL_INCLUDEDIR}/certbridge")
 set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/certbridge")
 
 install(TARGETS certbridge certbridge_check EXPORT certbridge-targets
@@ -12,10 +11,12 @@ install(FILES LICENSE CHANGELOG.md docs/protocol.md
 install(FILES docs/certbridge.1 docs/certbridge-check.1
   DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT runtime)
 
-install(TARGETS vexil certbridge_plugin EXPORT certbridge-targets
+install(TARGETS vexil EXPORT vexil-targets
+  ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development)
+install(TARGETS certbridge_plugin EXPORT certbridge-targets
   ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development)
 # The public headers; all others are the library's own business.
-install(FILES tool/plugin.h DESTINATION "${include_folder}/tool" COMPONENT development)
+install(FILES certbridge/plugin.h DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/certbridge" COMPONENT development)
 install(FILES
   vexil/dynamic_library.h
   vexil/exceptions.h
@@ -23,16 +24,19 @@ install(FILES
   vexil/non_copyable.h
   vexil/streams.h
   vexil/unicode_strings.h
-  DESTINATION "${include_folder}/vexil" COMPONENT development)
+  DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/vexil" COMPONENT development)
 install(FILES
-  vexil/json/big_unsigned.h
-  vexil/json/decimal_conversion.h
   vexil/json/json_parser.h
   vexil/json/json_tokenizer.h
   vexil/json/json_value.h
   vexil/json/json_writer.h
-  vexil/json/powers_of_five.h
-  DESTINATION "${include_folder}/vexil/json" COMPONENT development)
+  DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/vexil/json" COMPONENT development)
+
+install(FILES
+  vexil/numbers/big_unsigned.h
+  vexil/numbers/decimal_conversion.h
+  vexil/numbers/powers_of_five.h
+  DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/vexil/numbers" COMPONENT development)
 
 # Not with the documents, which small systems leave out of their packages.
 install(DIRECTORY examples/plugin_template
@@ -40,6 +44,8 @@ install(DIRECTORY examples/plugin_template
 install(FILES docs/plugin-authors.md
   DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT development)
 
+install(EXPORT vexil-targets NAMESPACE vexil::
+  DESTINATION "${package_folder}" COMPONENT development)
 install(EXPORT certbridge-targets NAMESPACE certbridge::
   DESTINATION "${package_folder}" COMPONENT development)
 write_basic_package_version_file("${CMAKE_BINARY_DIR}/certbridge-config-version.cmake"

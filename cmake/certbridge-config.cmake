@@ -1,5 +1,6 @@
-# certbridge::vexil       the support library
-# certbridge::plugin      what a plugin links: the include folder of tool/plugin.h
+# vexil::vexil            the support library
+# certbridge::plugin      what a plugin links: the include folder of certbridge/plugin.h
 # certbridge::certbridge  the program
 # certbridge::check       the checker of plugins, certbridge-check
+include("${CMAKE_CURRENT_LIST_DIR}/vexil-targets.cmake")
 include("${CMAKE_CURRENT_LIST_DIR}/certbridge-targets.cmake")

@@ -1,6 +1,6 @@
 // Answers every request with the request's own members: a start for a plugin, and handy for
 // trying out a caller. A plugin that looks at its request parses it with a JSON library.
-#include "tool/plugin.h"
+#include <certbridge/plugin.h>
 
 #include <cstring>
 #include <exception>

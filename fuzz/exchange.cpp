@@ -3,7 +3,7 @@
 #include "fuzz/recorded_output.h"
 #include "fuzz/require.h"
 #include "tests/vexil/json/json_helpers.h"
-#include "tool/plugin.h"
+#include <certbridge/plugin.h>
 
 #include <cstdio>
 

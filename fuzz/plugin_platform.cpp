@@ -9,7 +9,7 @@
 #undef findSymbol
 #undef closeModule
 
-#include "tool/plugin.h"
+#include <certbridge/plugin.h>
 
 namespace vexil::platform {
 

@@ -1,6 +1,6 @@
 // The conversion agrees with the runtime's wherever both promise the same.
 #include "fuzz/require.h"
-#include "vexil/json/decimal_conversion.h"
+#include "vexil/numbers/decimal_conversion.h"
 
 #include <bit>
 #include <cerrno>

@@ -1,6 +1,6 @@
 #include "tool/certificate_exchange.h"
 
-#include "tool/exchange_steps.h"
+#include "certbridge/exchange.h"
 #include "tool/output.h"
 
 using vexil::DynamicLibrary;

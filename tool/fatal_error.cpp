@@ -1,6 +1,6 @@
 // How certbridge tells a fatal error. By itself, since a program made of the same steps may have
 // its own way.
-#include "tool/name_value_list.h"
+#include "certbridge/name_value_list.h"
 #include "tool/output.h"
 #include "vexil/json/json_value.h"
 

@@ -1,5 +1,5 @@
+#include "certbridge/name_value_list.h"
 #include "tool/certificate_exchange.h"
-#include "tool/name_value_list.h"
 #include "tool/output.h"
 #include "vexil/json/json_parser.h"
 #include "vexil/json/json_value.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tool/plugin.h"
+#include <certbridge/plugin.h>
 
 #include <dlfcn.h>
 

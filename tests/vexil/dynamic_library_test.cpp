@@ -1,6 +1,6 @@
 #include "vexil/dynamic_library.h"
 
-#include "tests/platform/test_platform.h"
+#include "tests/vexil/platform/test_platform.h"
 
 using namespace vexil;
 

@@ -2,8 +2,8 @@
 // for one that follows the standard or, if LEGACY, for one from before there was any.
 #include "vexil/format_to_memory.h"
 
-#include "tests/platform/test_platform.h"
 #include "tests/table.h"
+#include "tests/vexil/platform/test_platform.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "tests/platform/test_platform.h"
+#include "tests/vexil/platform/test_platform.h"
 #include "tests/vexil/unicode_helpers.h"
 
 #include <algorithm>

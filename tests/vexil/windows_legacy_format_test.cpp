@@ -1,6 +1,6 @@
 #include "vexil/format_to_memory.h"
 
-#include "tests/platform/test_platform.h"
+#include "tests/vexil/platform/test_platform.h"
 
 #include <cstdio>
 

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "vexil/exceptions.h"
-#include "vexil/json/decimal_conversion.h"
 #include "vexil/json/json_text.h"
 #include "vexil/json/json_tokenizer.h"
 #include "vexil/json/text_area.h"
+#include "vexil/numbers/decimal_conversion.h"
 #include "vexil/streams.h"
 #include "vexil/unicode_strings.h"
 

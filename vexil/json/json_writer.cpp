@@ -3,8 +3,8 @@
 #include "vexil/exceptions.h"
 #include "vexil/json/json_text.h"
 #include "vexil/json/json_value_classes.h"
-#include "vexil/json/number_text.h"
 #include "vexil/json/text_area.h"
+#include "vexil/numbers/number_text.h"
 #include "vexil/unicode_strings.h"
 
 #include <algorithm>

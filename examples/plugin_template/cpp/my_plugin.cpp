@@ -1,10 +1,10 @@
 // A plugin to start from: answers with the certificate in the PEM file that the request's member
 // "file" names. Replace answer() and the codes; what is below them can stay as it is.
-#include "tool/plugin.h"
 #include "vexil/json/json_parser.h"
 #include "vexil/json/json_value.h"
 #include "vexil/json/json_writer.h"
 #include "vexil/streams.h"
+#include <certbridge/plugin.h>
 
 #include <algorithm>
 #include <cstddef>

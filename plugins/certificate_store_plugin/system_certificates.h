@@ -1,0 +1,74 @@
+#pragma once
+
+#include "plugins/common/certificate_text.h"
+#include "plugins/common/plugin_reply.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+#define WIN32_LEAN_AND_MEAN
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#include <windows.h>
+
+#include <wincrypt.h>
+
+// Owners for what the system's cryptographic library hands out, and its texts as UTF-8.
+namespace example {
+
+inline constexpr DWORD certificateEncoding = X509_ASN_ENCODING | PKCS_7_ASN_ENCODING;
+
+struct StoreCloser {
+    void operator()(void* aStore) const { CertCloseStore(aStore, 0); }
+};
+using StoreHandle = std::unique_ptr<void, StoreCloser>;
+
+struct CertificateCloser {
+    void operator()(const CERT_CONTEXT* aCertificate) const {
+        CertFreeCertificateContext(aCertificate);
+    }
+};
+using CertificateHandle = std::unique_ptr<const CERT_CONTEXT, CertificateCloser>;
+
+struct LocalCloser {
+    void operator()(void* aBlock) const { LocalFree(aBlock); }
+};
+template <typename Structure>
+using LocalHandle = std::unique_ptr<Structure, LocalCloser>;
+
+/// Returns the system's words for its error @p aNumber, with the number.
+std::string errorText(DWORD aNumber);
+
+std::string toUtf8(std::wstring_view aText);
+std::wstring toUtf16(std::string_view aText);
+
+/// Of CRYPT_DATA_BLOB and all the structures of its shape.
+template <typename Blob>
+Bytes bytesOf(const Blob& aBlob) {
+    return {aBlob.pbData, aBlob.cbData};
+}
+
+/// Returns the text of a decoded string.
+std::string textOf(const CERT_RDN_VALUE_BLOB& aString);
+
+/// Throws Failure (InvalidCertificate) with the system's last error, which says why @p aPart of a
+/// certificate cannot be decoded.
+[[noreturn]] void failPart(const char* aPart);
+
+/// Decodes @p aDer as the system's structure of type @p aType; failPart(@p aPart) if it is not one.
+template <typename Structure>
+LocalHandle<Structure> decode(LPCSTR aType, Bytes aDer, const char* aPart) {
+    void* structure = nullptr;
+    DWORD size = 0;
+    if (!CryptDecodeObjectEx(certificateEncoding, aType, aDer.data(),
+                             static_cast<DWORD>(aDer.size()), CRYPT_DECODE_ALLOC_FLAG, nullptr,
+                             &structure, &size)) {
+        failPart(aPart);
+    }
+    return LocalHandle<Structure>(static_cast<Structure*>(structure));
+}
+
+} // namespace example

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "vexil/numbers/big_unsigned.h"
+
+#include <vector>
+
+using Words = std::vector<std::uint32_t>;
+
+/// A number with room for @p aCap more words, and a last one that nothing may write.
+struct Number {
+    explicit Number(const Words& aWords, std::int32_t aCap = 0) : buffer(aWords) {
+        buffer.resize(aWords.size() + static_cast<std::uint32_t>(aCap) + 1, 0xA5A5A5A5);
+        value = {static_cast<std::int32_t>(aWords.size()), buffer.data()};
+    }
+    bool intact() const { return buffer.back() == 0xA5A5A5A5; }
+    Words words() const { return {value.words, value.words + value.count}; }
+    Words buffer;
+    vexil::BigUnsigned value;
+};

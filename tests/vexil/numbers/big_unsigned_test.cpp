@@ -1,0 +1,83 @@
+#include "tests/table.h"
+#include "tests/vexil/numbers/big_numbers.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <random>
+
+using namespace vexil;
+using testing::PrintToString;
+
+namespace {
+
+constexpr std::uint32_t ones = 0xFFFFFFFF;
+constexpr std::uint32_t high = 0x80000000;
+
+using Op = int (*)(BigUnsigned& aA, BigUnsigned& aQ, std::int32_t aCap, BigUnsigned& aB);
+const auto bits = [](auto& b) { return static_cast<std::int32_t>(bigToWord64(b)); };
+const Op add = [](auto& a, auto& q, auto c, auto& b) { return bigAdd(q, c, a, b); };
+const Op multiply = [](auto& a, auto& q, auto c, auto& b) {
+    return b.count == 1 ? bigMultiplyWord(q, c, a, b.words[0]) : bigMultiply(q, c, a, b);
+};
+const Op shiftLeft = [](auto& a, auto& q, auto c, auto& b) {
+    return bigShiftLeft(q, c, a, bits(b));
+};
+const Op split = [](auto& a, auto& q, auto c, auto& b) { return bigSplit(a, q, c, bits(b)); };
+const Op divide = [](auto& a, auto& q, auto c, auto& b) {
+    return bigDivide(a, a.count + 1, q, c, b);
+};
+
+const Op compare = [](auto& a, auto& q, auto c, auto& b) {
+    return bigSetWord(q, c, 1U + static_cast<std::uint32_t>(bigCompareWithPowerOfTwo(a, bits(b))));
+};
+const std::map<std::string, Op> operations{{"compare", compare},   {"add", add},
+                                           {"multiply", multiply}, {"shift", shiftLeft},
+                                           {"split", split},       {"divide", divide}};
+
+TEST(BigUnsigned, ResultFitsItsCapacityOrIsRefused) {
+    forEachRow("big_unsigned.txt", 6, [](const Columns& aRow) {
+        const Op operation = operations.at(aRow[0]);
+        const std::int32_t cap = std::stoi(aRow[3]);
+        Number a(numbersOf<std::uint32_t>(aRow[1], 16), 1),
+            b(numbersOf<std::uint32_t>(aRow[2], 16)), result({}, cap);
+        if (cap > 0) {
+            Number less({}, cap - 1);
+            EXPECT_EQ(operation(a.value, less.value, cap - 1, b.value), 1);
+            EXPECT_TRUE(less.intact());
+        }
+        EXPECT_EQ(operation(a.value, result.value, cap, b.value), 0);
+        EXPECT_TRUE(result.intact() && a.intact());
+        EXPECT_EQ(result.words(), numbersOf<std::uint32_t>(aRow[4], 16));
+        const Number rest(numbersOf<std::uint32_t>(aRow[5], 16));
+        EXPECT_EQ(a.words(), rest.words());
+        EXPECT_EQ(bigCompare(a.value, rest.value), 0);
+    });
+    Number five({5}, 1);
+    EXPECT_EQ(bigDivide(five.value, 2, five.value, 2, Number({}).value), 1) << "by 0";
+    EXPECT_EQ(bigDivide(five.value, 1, five.value, 2, Number({2}).value), 1) << "no spare word";
+}
+
+TEST(BigUnsigned, QuotientAndRemainderMakeTheDividend) {
+    std::mt19937 engine(1);
+    const auto random = [&engine] { return static_cast<std::uint32_t>(engine()); };
+    const auto randomWords = [&random](std::size_t aMaxCount) {
+        constexpr std::uint32_t critical[] = {0, 1, high - 1, high, ones - 1, ones};
+        Words words(1 + random() % aMaxCount);
+        for (auto& word : words) word = random() % 3 == 0 ? random() : critical[random() % 6];
+        words.back() |= 1;
+        return words;
+    };
+    for (int i = 0; i < 20000; ++i) {
+        const Words dividend = randomWords(7);
+        const Number d(randomWords(4));
+        Number rest(dividend, 1), q({}, 7), sum({}, 12);
+        ASSERT_EQ(bigDivide(rest.value, 8, q.value, 7, d.value), 0);
+        bigMultiply(sum.value, 12, d.value, q.value);
+        bigAdd(sum.value, 12, sum.value, rest.value);
+        ASSERT_EQ(sum.words(), dividend) << "by " << PrintToString(d.words());
+        ASSERT_EQ(bigCompare(rest.value, d.value), -1) << "by " << PrintToString(d.words());
+    }
+}
+
+} // namespace
