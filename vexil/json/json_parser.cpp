@@ -1,8 +1,8 @@
 #include "vexil/json/json_parser.h"
 
 #include "vexil/exceptions.h"
-#include "vexil/json/json_scanner.h"
-#include "vexil/json/json_tree_pool.h"
+#include "vexil/json/tokenizer_state.h"
+#include "vexil/json/tree_pool.h"
 
 #include <string_view>
 #include <utility>

@@ -1,6 +1,6 @@
 #include "vexil/json/json_tokenizer.h"
 
-#include "vexil/json/json_scanner.h"
+#include "vexil/json/tokenizer_state.h"
 
 namespace vexil {
 

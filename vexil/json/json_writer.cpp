@@ -1,9 +1,10 @@
 #include "vexil/json/json_writer.h"
 
 #include "vexil/exceptions.h"
-#include "vexil/json/json_text.h"
-#include "vexil/json/json_value_classes.h"
+#include "vexil/json/containers.h"
+#include "vexil/json/lexical_tables.h"
 #include "vexil/json/text_area.h"
+#include "vexil/json/unescaped_runs.h"
 #include "vexil/numbers/number_text.h"
 #include "vexil/unicode_strings.h"
 

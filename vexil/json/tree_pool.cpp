@@ -1,6 +1,8 @@
-#include "vexil/json/json_tree_pool.h"
+#include "vexil/json/tree_pool.h"
 
-#include "vexil/json/json_value_classes.h"
+#include "vexil/json/containers.h"
+#include "vexil/json/pooled_values.h"
+#include "vexil/json/scalar_values.h"
 
 #include <algorithm>
 #include <limits>

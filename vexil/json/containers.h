@@ -1,67 +1,14 @@
 #pragma once
 
-#include "vexil/json/json_tree_pool.h"
 #include "vexil/json/json_value.h"
+#include "vexil/json/tree_pool.h"
 
 #include <cstddef>
-#include <string>
-#include <string_view>
-#include <typeinfo>
+#include <cstdint>
 
 // The concrete kinds of values. Private to the JSON library: everybody else creates values through
-// the factories of JsonValue.
 
 namespace vexil {
-
-class JsonValueNull : public JsonValueDefault {
-public:
-    JsonType getType() const override { return JsonType::Null; }
-    JsonValue* clone() const override { return new JsonValueNull; }
-};
-
-class JsonValueBoolean : public JsonValueDefault {
-public:
-    explicit JsonValueBoolean(bool aValue) : mValue(aValue) {}
-    JsonType getType() const override { return JsonType::Boolean; }
-    bool getBoolean() const override { return mValue; }
-    JsonValue* clone() const override { return new JsonValueBoolean(mValue); }
-
-private:
-    bool mValue;
-};
-
-class JsonValueInteger : public JsonValueDefault {
-public:
-    explicit JsonValueInteger(std::int32_t aValue) : mValue(aValue) {}
-    JsonType getType() const override { return JsonType::Integer; }
-    std::int32_t getInteger() const override { return mValue; }
-    JsonValue* clone() const override { return new JsonValueInteger(mValue); }
-
-private:
-    std::int32_t mValue;
-};
-
-class JsonValueFloat : public JsonValueDefault {
-public:
-    explicit JsonValueFloat(double aValue) : mValue(aValue) {}
-    JsonType getType() const override { return JsonType::Float; }
-    double getFloat() const override { return mValue; }
-    JsonValue* clone() const override { return new JsonValueFloat(mValue); }
-
-private:
-    double mValue;
-};
-
-class JsonValueString : public JsonValueDefault {
-public:
-    explicit JsonValueString(std::string_view aText) : mText(aText) {}
-    JsonType getType() const override { return JsonType::String; }
-    const std::string& getString() const override { return mText; }
-    JsonValue* clone() const override { return new JsonValueString(mText); }
-
-private:
-    std::string mText;
-};
 
 /// What arrays and objects share: a growing block of owned children, one slot an element or two a
 /// member (name, value), and the walk that destroys a whole tree.
@@ -175,24 +122,6 @@ private:
         return mSlots[std::size_t{2} * aIndex + aPart];
     }
     JsonValue* find(const char* aName) const;
-};
-
-/// A value whose memory goes with its pool.
-template <class Kind>
-class InPool final : public Kind {
-public:
-    using Kind::Kind;
-    static void operator delete(void*) noexcept {}
-};
-
-/// The root of a tree in a pool, whose end is the pool's.
-template <class Kind>
-class PoolRoot final : public Kind {
-public:
-    using Kind::Kind;
-    static void operator delete(void* aRoot) noexcept {
-        TreePool::release(TreePool::ofRoot(aRoot));
-    }
 };
 
 } // namespace vexil

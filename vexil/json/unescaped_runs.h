@@ -1,11 +1,13 @@
 #pragma once
 
+#include "vexil/json/lexical_tables.h"
+
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 
-// What JSON text looks like, byte by byte. Private to the JSON library.
+// Private to the JSON library.
 
 namespace vexil {
 
@@ -14,14 +16,15 @@ constexpr bool isPlain(unsigned char aByte) {
     return aByte >= 0x20 && aByte != '"' && aByte != '\\';
 }
 
-/// A byte that a backslash and a letter stand for.
-struct LetterEscape {
-    char letter;
-    char byte;
-};
-
-constexpr LetterEscape letterEscapes[] = {{'"', '"'},  {'\\', '\\'}, {'b', '\b'}, {'f', '\f'},
-                                          {'n', '\n'}, {'r', '\r'},  {'t', '\t'}};
+static_assert(
+    [] {
+        for (std::size_t c = 0; c < 256; ++c) {
+            const bool isStop = (characterClasses[c] & ClassStringStop) != 0;
+            if (isPlain(static_cast<unsigned char>(c)) == isStop) return false;
+        }
+        return true;
+    }(),
+    "plain runs are what the classes say");
 
 /// The plain bytes at the beginning of a text.
 struct PlainRun {
