@@ -1,130 +1,99 @@
 #include "certbridge/exchange.h"
 
-#include "tool/output.h"
-#include "vexil/json/json_parser.h"
+#include "certbridge/failure_port.h"
+#include "certbridge/parse_document.h"
+#include "certbridge/request.h"
+#include "vexil/dynamic_library.h"
+#include "vexil/platform/platform.h"
 
 #include <cstdint>
-#include <cstring>
-#include <stdexcept>
-#include <string_view>
 
 using vexil::DynamicLibrary;
-using vexil::JsonType;
 using vexil::JsonValue;
+using vexil::platform::resetFloatingPoint;
 
 namespace {
 
 constexpr std::int32_t certificatePluginType = 1;
 
-constexpr ReplyMode errorMode{"error", "error", true};
-constexpr ReplyMode responseMode{"response", "getCertificate", false};
-
-// A name is cut at its first NUL when it is copied, but "action" means the whole name.
-ValueHolder makeRequestList(const JsonValue& aRequest) {
-    ValueHolder list(JsonValue::createArray());
-    for (std::uint32_t index = 0; index < aRequest.getSize(); ++index) {
-        const JsonValue* const name = aRequest.getNameAt(index);
-        if (name->getType() != JsonType::String || name->getString() == "action") continue;
-        appendNameValue(list, name->getString().c_str(), aRequest.getValueAt(index)->clone());
-    }
-    return list;
+Plugin& loadPlugin(FailurePort& aPort, DynamicLibrary& aLibrary, const char* aLibraryName) {
+    loadPluginLibrary(aPort, aLibrary, aLibraryName);
+    Plugin& plugin = getPluginObject(aPort, findGetPlugin(aPort, aLibrary));
+    requireCertificatePlugin(aPort, plugin);
+    return plugin;
 }
 
-ValueHolder makeEnvelope(const JsonValue& aRequest) {
-    ValueHolder list = makeRequestList(aRequest);
-    ValueHolder envelope(JsonValue::createObject());
-    appendMember(envelope, "request", list);
-    return envelope;
-}
-
-const JsonValue& findList(const JsonValue& aReply, const char* aListName) {
-    const JsonValue* const list = findMember(&aReply, aListName);
-    if (!list || list->getType() != JsonType::Array) {
-        fatalErrorFormat(ContentError, "invalid or missing \"%s\" member", aListName);
-    }
-    return *list;
-}
-
-// Plugins spell it "erroMessage"; "errorMessage" passes as it is.
-const char* renamedErrorKey(const char* aKey) {
-    const std::string_view key(aKey);
-    if (key == "errorCode") return "code";
-    if (key == "erroMessage") return "message";
-    return aKey;
-}
-
-// Adds what one element of the list says, if it says anything.
-void translateElement(const JsonValue& aElement, const ReplyMode& aMode, ValueHolder& aResult) {
-    const JsonValue* const name = findMember(&aElement, "name");
-    const JsonValue* const value = findMember(&aElement, "value");
-    if (!name || !value || name->getType() != JsonType::String) return;
-    const char* const key = name->getString().c_str();
-    appendMember(aResult, aMode.isError ? renamedErrorKey(key) : key, value->clone());
+// Returns after a response, with everything but the library released.
+void performWithLibrary(FailurePort& aPort, DynamicLibrary& aLibrary, const JsonValue& aRequest,
+                        const char* aLibraryName) {
+    Plugin& plugin = loadPlugin(aPort, aLibrary, aLibraryName);
+    const PluginRequest request(aRequest);
+    const Reply reply = selectReply(aPort, callPlugin(plugin, request.text));
+    const ReplyResult result = translateReply(aPort, reply);
+    aPort.printJson(*result.document);
+    if (reply.mode.isError) aPort.endAfterFailure();
 }
 
 } // namespace
 
-void loadPluginLibrary(DynamicLibrary& aLibrary, const char* aLibraryName) {
-    if (!aLibrary.load(aLibraryName)) {
-        fatalErrorFormat(EnvironmentError, "cannot load DLL, %s", aLibrary.getErrorText());
+void loadPluginLibrary(FailurePort& aPort, DynamicLibrary& aLibrary, const char* aLibraryName) {
+    const bool isLoaded = aLibrary.load(aLibraryName);
+    resetFloatingPoint(); // the library's constructors may have changed it
+    if (!isLoaded) {
+        aPort.fatalErrorFormat(EnvironmentError, "cannot load DLL, %s", aLibrary.getErrorText());
     }
 }
 
-GetPluginFunction findGetPlugin(DynamicLibrary& aLibrary) {
+GetPluginFunction findGetPlugin(FailurePort& aPort, DynamicLibrary& aLibrary) {
     void* const symbol = aLibrary.getSymbol("GetPlugin");
-    if (!symbol) fatalError(EnvironmentError, "cannot get DLL's GetPlugin function");
+    if (!symbol) aPort.fatalError(EnvironmentError, "cannot get DLL's GetPlugin function");
     return reinterpret_cast<GetPluginFunction>(symbol);
 }
 
-Plugin& getPluginObject(GetPluginFunction aGetPlugin) {
+Plugin& getPluginObject(FailurePort& aPort, GetPluginFunction aGetPlugin) {
     Plugin* const plugin = aGetPlugin();
-    if (!plugin) fatalError(EnvironmentError, "no plugin object from DLL's GetPlugin function");
+    resetFloatingPoint();
+    if (!plugin) {
+        aPort.fatalError(EnvironmentError, "no plugin object from DLL's GetPlugin function");
+    }
     return *plugin;
 }
 
-void checkPluginType(Plugin& aPlugin) {
-    if (aPlugin.getPluginType() != certificatePluginType) {
-        fatalError(EnvironmentError, "wrong plugin type");
-    }
-}
-
-PluginRequest::PluginRequest(const JsonValue& aRequest)
-    : envelope(makeEnvelope(aRequest)), stream(&text), writer(stream, 0) {
-    writer.write(*envelope);
+void requireCertificatePlugin(FailurePort& aPort, Plugin& aPlugin) {
+    const std::int32_t type = aPlugin.getPluginType();
+    resetFloatingPoint();
+    if (type != certificatePluginType) aPort.fatalError(EnvironmentError, "wrong plugin type");
 }
 
 PluginTexts callPlugin(Plugin& aPlugin, const std::string& aRequestText) {
     PluginTexts texts{nullptr, nullptr};
     aPlugin.getCertificate(aRequestText.c_str(), &texts.response, &texts.error);
+    resetFloatingPoint();
     return texts;
 }
 
-Reply chooseReply(const PluginTexts& aTexts) {
+Reply selectReply(FailurePort& aPort, const PluginTexts& aTexts) {
+    if (!aTexts.error && !aTexts.response) {
+        aPort.fatalError(EnvironmentError, "no output from plugin's getCertificate()");
+    }
     if (aTexts.error) return {errorMode, aTexts.error};
-    if (aTexts.response) return {responseMode, aTexts.response};
-    fatalError(EnvironmentError, "no output from plugin's getCertificate()");
+    return {responseMode, aTexts.response};
 }
 
-ValueHolder parseReply(const char* aText) {
+void performGetCertificate(FailurePort& aPort, const JsonValue& aRequest,
+                           const char* aLibraryName) {
+    DynamicLibrary library;
     try {
-        return vexil::parseJsonText(vexil::ByteRange(aText, std::strlen(aText)));
-    } catch (const std::runtime_error& failure) {
-        fatalError(EnvironmentError, failure.what());
+        performWithLibrary(aPort, library, aRequest, aLibraryName);
+    } catch (...) {
+        // Must not reach the caller: unwinding would unload the library, and with it the code that
+        // destroys an exception of the plugin's.
+        aPort.endAfterFailure();
     }
 }
 
-ValueHolder makeResult(const JsonValue& aReply, const ReplyMode& aMode) {
-    const JsonValue& list = findList(aReply, aMode.listName);
-    ValueHolder result(JsonValue::createObject());
-    for (std::uint32_t index = 0; index < list.getSize(); ++index) {
-        const JsonValue& element = *list.getValueAt(index);
-        if (element.getType() != JsonType::Object) {
-            fatalErrorFormat(ContentError, "element %u of \"%s\" is not a structure object", index,
-                             aMode.listName);
-        }
-        translateElement(element, aMode, result);
-    }
-    ValueHolder document(JsonValue::createObject());
-    appendMember(document, aMode.resultKey, result);
-    return document;
+void serveRequest(FailurePort& aPort, const std::string& aRequestText, const char* aLibraryName) {
+    const ValueHolder request = parseDocument(aPort, ContentError, aRequestText);
+    validateRequest(aPort, *request);
+    performGetCertificate(aPort, *request, aLibraryName);
 }

@@ -1,68 +1,60 @@
 #pragma once
 
-#include "certbridge/name_value_list.h"
-#include "vexil/dynamic_library.h"
-#include "vexil/json/json_value.h"
-#include "vexil/json/json_writer.h"
-#include "vexil/streams.h"
+#include "certbridge/reply.h"
+
 #include <certbridge/plugin.h>
 
 #include <string>
 
-// The steps of an exchange with a plugin, in their order; certbridge and certbridge-check are made
-// of them. What a step refuses it tells fatalError(), which does not return.
+namespace vexil {
+class DynamicLibrary;
+class JsonValue;
+} // namespace vexil
+
+// The steps of an exchange, in the order in which they are called. A step that fails reports to the
+// port and does not return.
+
+class FailurePort;
 
 using GetPluginFunction = decltype(&GetPlugin);
 
-/// Loads the library @p aLibraryName; refused with "cannot load DLL, " and the loader's text.
-void loadPluginLibrary(vexil::DynamicLibrary& aLibrary, const char* aLibraryName);
+/// Loads the library named @p aLibraryName, in the system's active code page. Reports
+/// "cannot load DLL, %s" with the loader's text, code 100. Throws std::bad_alloc.
+void loadPluginLibrary(FailurePort& aPort, vexil::DynamicLibrary& aLibrary,
+                       const char* aLibraryName);
 
-/// Finds the export; refused with "cannot get DLL's GetPlugin function".
-GetPluginFunction findGetPlugin(vexil::DynamicLibrary& aLibrary);
+/// Finds the export of a loaded library. Reports "cannot get DLL's GetPlugin function", code 100.
+GetPluginFunction findGetPlugin(FailurePort& aPort, vexil::DynamicLibrary& aLibrary);
 
-/// Calls the export; refused with "no plugin object from DLL's GetPlugin function".
-Plugin& getPluginObject(GetPluginFunction aGetPlugin);
+/// Calls the export. Reports a null result with code 100 as
+/// "no plugin object from DLL's GetPlugin function". Passes on what the plugin throws.
+Plugin& getPluginObject(FailurePort& aPort, GetPluginFunction aGetPlugin);
 
-/// Asks for the type, once; refused with "wrong plugin type".
-void checkPluginType(Plugin& aPlugin);
+/// Asks for the plugin's type, once. Reports a type other than 1 as "wrong plugin type", code 100.
+/// Passes on what the plugin throws.
+void requireCertificatePlugin(FailurePort& aPort, Plugin& aPlugin);
 
-/// The text sent to the plugin and all that it is made with, released from the last to the first.
-struct PluginRequest {
-    /// Every member of the object @p aRequest but "action", as a name/value list.
-    explicit PluginRequest(const vexil::JsonValue& aRequest);
-
-    ValueHolder envelope;
-    std::string text;
-    vexil::StringOutputStream stream;
-    vexil::JsonWriter writer;
-};
-
-/// What a plugin has set; either may be null, and both stay the plugin's.
+/// The texts that a plugin has set, owned by the plugin; null if not set.
 struct PluginTexts {
     const char* response;
     const char* error;
 };
 
+/// Sends the request text and returns the plugin's texts. Passes on what the plugin throws.
 PluginTexts callPlugin(Plugin& aPlugin, const std::string& aRequestText);
 
-/// The two ways a plugin answers.
-struct ReplyMode {
-    const char* listName;  ///< the member of the reply that holds the list
-    const char* resultKey; ///< the member of the result document
-    bool isError;
-};
+/// Returns the reply that counts: the error text if it is set, else the response. Reports a plugin
+/// that has set neither as "no output from plugin's getCertificate()", code 100.
+Reply selectReply(FailurePort& aPort, const PluginTexts& aTexts);
 
-struct Reply {
-    const ReplyMode& mode;
-    const char* text; ///< the plugin's
-};
+/// Loads the plugin library @p aLibraryName, sends the plugin every member of the object @p
+/// aRequest except "action", and prints its reply through the port. Returns only after a response
+/// has been printed, everything released and the library unloaded. An error reply, every failure,
+/// and every exception of a plugin or for lack of memory leave through the port with the library
+/// still loaded.
+void performGetCertificate(FailurePort& aPort, const vexil::JsonValue& aRequest,
+                           const char* aLibraryName);
 
-/// The text that counts; refused with "no output from plugin's getCertificate()".
-Reply chooseReply(const PluginTexts& aTexts);
-
-/// Refused with the parser's text.
-ValueHolder parseReply(const char* aText);
-
-/// Makes the result document of a parsed reply; refused with "invalid or missing \"%s\" member" or
-/// "element %u of \"%s\" is not a structure object".
-ValueHolder makeResult(const vexil::JsonValue& aReply, const ReplyMode& aMode);
+/// Serves one caller: parses and validates @p aRequestText and performs the exchange that it asks
+/// for. Returns as performGetCertificate() does.
+void serveRequest(FailurePort& aPort, const std::string& aRequestText, const char* aLibraryName);

@@ -20,7 +20,7 @@ const JsonValue* findMember(const JsonValue* aValue, const char* aName) {
 void appendMember(ValueHolder& aObjectHolder, const char* aName, ValueHolder& aValueHolder) {
     ValueHolder name(JsonValue::createString(aName));
     aObjectHolder->appendNameAndValue(name.get(), aValueHolder.get());
-    // The object owns both only now: had it thrown, they would still be ours and the caller's.
+    // Only now are both owned by the object: had it thrown, the holders would still own them.
     name.release();
     aValueHolder.release();
 }

@@ -5,26 +5,27 @@
 #include <memory>
 
 // Member lookup, and documents made of name/value lists: arrays of objects with the members "name"
-// (a string) and then "value" (anything). Names and texts are NUL-terminated UTF-8.
+// (a string) and "value" (of any type), in this order. Names and texts are NUL-terminated UTF-8.
 //
-// Nothing is checked here: the values' own exceptions pass through, and so does std::bad_alloc.
-// After a failure the object or array is as it was. A value given as a pointer is then destroyed;
-// one given in a holder stays there.
+// The operations check nothing: exceptions of the values (UnsupportedFunction for a value of the
+// wrong kind, std::length_error for a full container) and std::bad_alloc pass through. After a
+// failure the object or array is unchanged; a value passed as a pointer has been destroyed, one
+// passed in a holder is still there.
 
 /// Owns at most one value.
 using ValueHolder = std::unique_ptr<vexil::JsonValue>;
 
-/// The value of the object's first member of exactly this name, borrowed; null if there is none or
-/// @p aValue is null or no object. A name that holds a NUL is never found.
-const vexil::JsonValue* findMember(const vexil::JsonValue* aValue, const char* aName);
+/// Returns the value of the object's first member with exactly this name, borrowed; null if there
+/// is none, or if @p aValue is null or not an object. A name that contains a NUL is never found.
+[[nodiscard]] const vexil::JsonValue* findMember(const vexil::JsonValue* aValue, const char* aName);
 
-/// Adds a member at the end of the object and empties @p aValueHolder.
+/// Appends a member to the object and empties @p aValueHolder.
 void appendMember(ValueHolder& aObjectHolder, const char* aName, ValueHolder& aValueHolder);
-/// Adds a member whose value is the new @p aValue, which the caller gives up.
+/// Appends a member; takes ownership of @p aValue.
 void appendMember(ValueHolder& aObjectHolder, const char* aName, vexil::JsonValue* aValue);
 
-/// Adds an element with this name and the new @p aValue, which the caller gives up. The element is
-/// complete before the array sees it.
+/// Appends an element with this name and value to the array; takes ownership of @p aValue. The
+/// element is complete before it is appended.
 void appendNameValue(ValueHolder& aArrayHolder, const char* aName, vexil::JsonValue* aValue);
-/// Adds an element with this name and a text.
+/// Appends an element with this name and a string value.
 void appendNameValue(ValueHolder& aArrayHolder, const char* aName, const char* aText);

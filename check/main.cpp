@@ -2,18 +2,19 @@
 #include "check/options.h"
 #include "check/platform/platform.h"
 #include "check/report.h"
-#include "tool/output.h"
+#include "vexil/json/json_writer.h"
 #include "vexil/platform/platform.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <stdexcept>
 #include <string>
 
 namespace {
 
 constexpr int failedStatus = 1;
-constexpr int troubleStatus = 2; // as endAfterFailure()
+constexpr int troubleStatus = 2;
 
 constexpr const char* help =
     R"(Usage: certbridge-check [OPTION...] LIBRARY
@@ -37,15 +38,22 @@ bool isColoured() {
     return (!wish || !*wish) && isColourTerminal();
 }
 
+// Throws if the report cannot be written: a part of it would look like the whole.
+void print(const std::string& aText) {
+    if (!vexil::platform::writeStandardOutput(aText)) {
+        throw std::runtime_error("standard output cannot be written");
+    }
+}
+
 int checkPlugin(const Options& aOptions) {
     const bool coloured = !aOptions.json && isColoured();
     const auto results = runChecks(aOptions, [&](const CheckResult& aResult) {
-        if (!aOptions.json) printText(makeLine(aResult, coloured));
+        if (!aOptions.json) print(makeLine(aResult, coloured));
     });
     if (aOptions.json) {
-        printJson(*makeJsonReport(aOptions.libraryName, results));
+        print(vexil::writeJsonText(*makeJsonReport(aOptions.libraryName, results)) + '\n');
     } else {
-        printText(makeSummary(results));
+        print(makeSummary(results));
     }
     return isPassed(results) ? EXIT_SUCCESS : failedStatus;
 }
@@ -53,7 +61,7 @@ int checkPlugin(const Options& aOptions) {
 int serve(const Options& aOptions) {
     if (aOptions.check) runAsChild(aOptions);
     if (!aOptions.help && !aOptions.version) return checkPlugin(aOptions);
-    printText(aOptions.help ? help : "certbridge-check " CERTBRIDGE_VERSION "\n");
+    print(aOptions.help ? help : "certbridge-check " CERTBRIDGE_VERSION "\n");
     return EXIT_SUCCESS;
 }
 

@@ -1,10 +1,11 @@
 #include "check/plugin_checks.h"
 
 #include "certbridge/exchange.h"
-#include "check/check_failure.h"
+#include "certbridge/request.h"
 #include "check/readable_text.h"
 #include "check/reply_check.h"
 #include "check/sample_requests.h"
+#include "check/throwing_port.h"
 
 #include <algorithm>
 #include <array>
@@ -18,16 +19,18 @@ using vexil::JsonValue;
 
 namespace {
 
-// ---- Getting at the plugin
+ThrowingPort port;
+
+// ---- Loading the plugin
 
 std::string checkLoading(Subject& aSubject) {
-    loadPluginLibrary(*aSubject.library, aSubject.libraryName);
+    loadPluginLibrary(port, *aSubject.library, aSubject.libraryName);
     return {};
 }
 
 GetPluginFunction loadExport(Subject& aSubject) {
     checkLoading(aSubject);
-    return findGetPlugin(*aSubject.library);
+    return findGetPlugin(port, *aSubject.library);
 }
 
 std::string checkExport(Subject& aSubject) {
@@ -36,22 +39,22 @@ std::string checkExport(Subject& aSubject) {
 }
 
 std::string checkObject(Subject& aSubject) {
-    getPluginObject(loadExport(aSubject));
+    getPluginObject(port, loadExport(aSubject));
     return {};
 }
 
-Plugin& loadPlugin(Subject& aSubject) {
-    Plugin& plugin = getPluginObject(loadExport(aSubject));
-    checkPluginType(plugin);
+Plugin& openPlugin(Subject& aSubject) {
+    Plugin& plugin = getPluginObject(port, loadExport(aSubject));
+    requireCertificatePlugin(port, plugin);
     return plugin;
 }
 
 std::string checkType(Subject& aSubject) {
-    loadPlugin(aSubject);
+    openPlugin(aSubject);
     return {};
 }
 
-// ---- Asking it
+// ---- Requests
 
 std::string ask(Plugin& aPlugin, const JsonValue& aRequest) {
     const PluginRequest request(aRequest);
@@ -59,17 +62,17 @@ std::string ask(Plugin& aPlugin, const JsonValue& aRequest) {
 }
 
 template <ValueHolder (*makeRequest)()>
-std::string checkRequest(Subject& aSubject) {
-    return ask(loadPlugin(aSubject), *makeRequest());
+std::string checkReplyTo(Subject& aSubject) {
+    return ask(openPlugin(aSubject), *makeRequest());
 }
 
 std::string checkTypicalRequest(Subject& aSubject) {
-    return ask(loadPlugin(aSubject), aSubject.typicalRequest);
+    return ask(openPlugin(aSubject), aSubject.typicalRequest);
 }
 
 // The first reply may go with the second call, as nobody reads it any more.
 std::string checkSecondCall(Subject& aSubject) {
-    Plugin& plugin = loadPlugin(aSubject);
+    Plugin& plugin = openPlugin(aSubject);
     ask(plugin, aSubject.typicalRequest);
     return ask(plugin, aSubject.typicalRequest);
 }
@@ -95,10 +98,10 @@ void compareReply(const char* aText, const std::string& aBefore, const char* aWh
 }
 
 std::string checkReplyLifetime(Subject& aSubject) {
-    Plugin& plugin = loadPlugin(aSubject);
+    Plugin& plugin = openPlugin(aSubject);
     auto request = std::make_unique<PluginRequest>(aSubject.typicalRequest);
     const PluginTexts texts = callPlugin(plugin, request->text);
-    const char* const text = chooseReply(texts).text;
+    const char* const text = selectReply(port, texts).text;
     const std::string before = text;
 
     std::fill(request->text.begin(), request->text.end(), '#');
@@ -135,13 +138,13 @@ constexpr std::array checks{
           "it must be the ninth entry in the object's table of operations"},
     Check{"typical-request", "a typical request gets a valid reply", checkTypicalRequest, "type"},
     Check{"empty-request", "a request without members gets a valid reply",
-          checkRequest<makeEmptyRequest>, "type"},
+          checkReplyTo<makeEmptyRequest>, "type"},
     Check{"hostile-request", "names and values of every kind get a valid reply",
-          checkRequest<makeHostileRequest>, "type"},
+          checkReplyTo<makeHostileRequest>, "type"},
     Check{"deep-request", "a value of 100000 nested arrays gets a valid reply",
-          checkRequest<makeDeepRequest>, "type"},
+          checkReplyTo<makeDeepRequest>, "type"},
     Check{"large-request", "10000 members and a text of 1 MiB get a valid reply",
-          checkRequest<makeLargeRequest>, "type"},
+          checkReplyTo<makeLargeRequest>, "type"},
     Check{"second-call", "a second call gets a valid reply", checkSecondCall, "typical-request"},
     Check{"reply-lifetime", "the reply stays as it is until the library is unloaded",
           checkReplyLifetime, "typical-request"},

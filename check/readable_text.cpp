@@ -3,7 +3,6 @@
 #include "certbridge/name_value_list.h"
 #include "vexil/exceptions.h"
 #include "vexil/json/json_writer.h"
-#include "vexil/streams.h"
 #include "vexil/unicode_strings.h"
 
 #include <cstddef>
@@ -38,8 +37,6 @@ std::string quotedExcerpt(const std::string& aBytes) {
     const bool isCut = aBytes.size() > excerptSize;
     const auto excerpt = isCut ? aBytes.substr(0, endOfExcerpt(aBytes)) : aBytes;
     const ValueHolder value(vexil::JsonValue::createString(readableText(excerpt)));
-    std::string text;
-    vexil::StringOutputStream stream(&text);
-    vexil::JsonWriter(stream, 0).write(*value);
+    const std::string text = vexil::writeJsonText(*value);
     return isCut ? text + "..." : text;
 }

@@ -1,16 +1,12 @@
-// The whole program but for its output, with any request and any reply. An input is a request, a
-// byte 0xFF, a byte for what the plugin answers and the text of its reply.
-#include "fuzz/recorded_output.h"
+// A whole exchange with arbitrary requests and replies. An input is a request, a byte 0xFF, a byte
+// that selects the behaviour of the plugin, and the text of its reply.
+#include "certbridge/exchange.h"
+#include "fuzz/recording_port.h"
 #include "fuzz/require.h"
 #include "tests/vexil/json/json_helpers.h"
 #include <certbridge/plugin.h>
 
-#include <cstdio>
-
 using namespace vexil;
-
-// The program's own, under another name.
-int certbridgeMain(int argc, char** argv);
 
 namespace {
 
@@ -35,23 +31,15 @@ public:
 
 FuzzedPlugin plugin;
 
-/// What the program does with @p aRequest on its standard input: its exit status.
-int runProgram(std::string& aRequest) {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> input(
-        fmemopen(aRequest.data(), aRequest.size(), "r"), std::fclose);
-    require(input != nullptr, "there is an input");
-    std::FILE* const before = std::exchange(stdin, input.get());
-    char name[] = "certbridge";
-    char library[] = "plugin";
-    char* arguments[] = {name, library, nullptr};
-    int status = 2;
+/// Serves @p aRequest; the exit status of the program.
+int serve(RecordingPort& aPort, const std::string& aRequest) {
     try {
-        status = certbridgeMain(2, arguments);
-    } catch (const ProgramEnd&) {
-        require(RecordedOutput::inUse().hasEnded, "only an end ends");
+        serveRequest(aPort, aRequest, "plugin");
+        return 0;
+    } catch (const ProcessEnd&) {
+        require(aPort.hasEnded, "an exchange ends through the port");
+        return 2;
     }
-    stdin = before;
-    return status;
 }
 
 /// The plugin's request is a list of names and values, one for each member but the action.
@@ -96,10 +84,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* aData, std::size_t aSi
     plugin = FuzzedPlugin();
     if (rest.size() > 1) plugin.answer = static_cast<std::uint8_t>(rest[1]);
     if (rest.size() > 2) plugin.reply = rest.substr(2);
-    RecordedOutput& output = RecordedOutput::inUse();
-    output = RecordedOutput();
-
-    const int status = runProgram(request);
+    RecordingPort output;
+    const int status = serve(output, request);
     require(output.hasEnded == (status == 2), "all but a response ends with status 2");
     require(output.text.empty() == (output.error != 0), "there is an answer, and one alone");
     if (plugin.calls != 0) checkPluginRequest(*parseText(request));

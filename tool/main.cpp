@@ -1,71 +1,35 @@
-#include "certbridge/name_value_list.h"
-#include "tool/certificate_exchange.h"
-#include "tool/output.h"
-#include "vexil/json/json_parser.h"
-#include "vexil/json/json_value.h"
+#include "certbridge/exchange.h"
+#include "tool/program_port.h"
 #include "vexil/platform/platform.h"
-#include "vexil/streams.h"
 
 #include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <stdexcept>
 #include <string>
-
-using vexil::JsonType;
-using vexil::JsonValue;
 
 namespace {
 
 constexpr int usageStatus = 1;
 
 [[noreturn]] void endWithUsage(const char* aProgramName) {
-    const vexil::platform::FailedWriteGuard guard;
+    const vexil::platform::WriteSignalBlocker blocker;
     std::fprintf(stderr, "Usage: %s DLL_NAME\n", aProgramName);
     std::exit(usageStatus);
 }
 
-std::string readStandardInput() {
+std::string readStandardInput(FailurePort& aPort) {
     std::string text;
-    std::array<char, 65536> block;
+    std::array<char, 8192> block;
     std::size_t count = 0;
     do {
         count = std::fread(block.data(), 1, block.size(), stdin);
-        const int error = errno; // before anything else may change it
+        const int error = errno; // before append() may change it
         text.append(block.data(), count);
-        if (std::ferror(stdin)) fatalError(EnvironmentError, std::strerror(error));
+        if (std::ferror(stdin)) aPort.fatalError(EnvironmentError, std::strerror(error));
     } while (count == block.size());
     return text;
-}
-
-ValueHolder parseRequest(const std::string& aText) {
-    try {
-        return vexil::parseJsonText(vexil::ByteRange(aText));
-    } catch (const std::runtime_error& failure) {
-        fatalError(ContentError, failure.what());
-    }
-}
-
-void checkRequest(const JsonValue& aRequest) {
-    if (aRequest.getType() != JsonType::Object) {
-        fatalError(ContentError, "top-level object must be a structure");
-    }
-    const JsonValue* const action = findMember(&aRequest, "action");
-    if (!action || action->getType() != JsonType::String) {
-        fatalError(ContentError, "missing or invalid \"action\" member");
-    }
-    if (action->getString() != "getCertificate") {
-        fatalError(ContentError, "invalid \"action\" member");
-    }
-}
-
-void serve(const char* aLibraryName) {
-    const std::string text = readStandardInput();
-    const ValueHolder request = parseRequest(text);
-    checkRequest(*request);
-    performGetCertificate(*request, aLibraryName);
 }
 
 } // namespace
@@ -73,11 +37,12 @@ void serve(const char* aLibraryName) {
 int main(int argc, char** argv) {
     vexil::platform::reserveStandardStreams();
     if (argc != 2) endWithUsage(argc > 0 ? argv[0] : "certbridge");
+    ProgramPort port;
     try {
-        serve(argv[1]);
+        serveRequest(port, readStandardInput(port), argv[1]);
     } catch (...) {
-        // No memory, most likely: nothing can be told any more, and nothing has been written.
-        endAfterFailure();
+        // Most likely out of memory: no error document can be written, and nothing has been.
+        port.endAfterFailure();
     }
     return 0;
 }

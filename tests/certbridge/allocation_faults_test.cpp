@@ -1,11 +1,11 @@
 // Makes one allocation after the other fail, through everything that allocates.
+#include "certbridge/exchange.h"
 #include "certbridge/name_value_list.h"
 #include "tests/certbridge/failing_memory.h"
+#include "tests/certbridge/recording_port.h"
 #include "tests/vexil/json/json_helpers.h"
 #include "tests/vexil/platform/test_platform.h"
 #include "tests/vexil/unicode_helpers.h"
-#include "tool/certificate_exchange.h"
-#include "tool/output.h"
 #include "vexil/dynamic_library.h"
 #include "vexil/format_to_memory.h"
 
@@ -143,21 +143,6 @@ TEST_F(AllocationFaults, OfFormatting) {
     failToMake("format", [] { return FormatToMemory::format("%s", longText.c_str()); });
 }
 
-// The program's output, but that nothing ends the process.
-static std::string printed;
-void printJson(const JsonValue& aDocument) {
-    printed = writeText(aDocument);
-}
-void fatalError(std::int32_t, const char* aMessage) {
-    throw std::logic_error(aMessage);
-}
-void fatalErrorFormat(std::int32_t, const char* aFormat, ...) {
-    throw std::logic_error(aFormat);
-}
-void endAfterFailure() {
-    throw;
-}
-
 TEST_F(AllocationFaults, OfAnExchange) {
     int loaded = 0;
     const auto real = TestPlatform::real();
@@ -173,8 +158,9 @@ TEST_F(AllocationFaults, OfAnExchange) {
     const auto request = parseText(
         R"({"action":"","a":[1,{}],"response":"{'response':[{'name':'a','value':[1.5,'b']}]}"})");
     failToMake("exchange", [&] {
-        performGetCertificate(*request, FIXTURE_PLUGIN);
-        return std::exchange(printed, std::string());
+        RecordingPort port;
+        performGetCertificate(port, *request, FIXTURE_PLUGIN);
+        return port.printed;
     });
     failToMake("no library", [] {
         DynamicLibrary library;

@@ -1,5 +1,6 @@
+#include "certbridge/exchange.h"
+#include "tests/certbridge/recording_port.h"
 #include "tests/vexil/json/json_helpers.h"
-#include "tool/certificate_exchange.h"
 
 #include <gmock/gmock.h>
 
@@ -9,6 +10,7 @@ TEST(CertificateExchange, UnloadsTheLibraryBeforeItReturns) {
     const auto request =
         parseText(R"({"note":"fixture_was_unloaded","response":"{'response':[]}"})");
     std::filesystem::remove("fixture_was_unloaded");
-    performGetCertificate(*request, FIXTURE_PLUGIN);
+    RecordingPort port;
+    performGetCertificate(port, *request, FIXTURE_PLUGIN);
     EXPECT_TRUE(std::filesystem::remove("fixture_was_unloaded"));
 }

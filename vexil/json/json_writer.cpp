@@ -309,4 +309,11 @@ void JsonWriter::write(const JsonValue& aValue) {
     mState->write(aValue);
 }
 
+std::string writeJsonText(const JsonValue& aValue) {
+    std::string text;
+    StringOutputStream stream(&text);
+    JsonWriter(stream, 0).write(aValue);
+    return text;
+}
+
 } // namespace vexil

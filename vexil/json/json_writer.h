@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 
 namespace vexil {
 
@@ -35,5 +36,8 @@ private:
     struct State;
     std::unique_ptr<State> mState;
 };
+
+/// Returns the text of @p aValue. Throws what JsonWriter::write() throws, and std::bad_alloc.
+[[nodiscard]] std::string writeJsonText(const JsonValue& aValue);
 
 } // namespace vexil

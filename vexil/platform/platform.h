@@ -4,6 +4,7 @@
 #include <cstdarg>
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 /// Every call to the operating system that the library and the program make. One of windows.cpp and
 /// posix.cpp defines them, with the same contract; error numbers are those of the Windows loader.
@@ -56,24 +57,31 @@ inline int formatBounded(char* aDest, std::size_t aSize, const char* aFormat, ..
 /// stays unusable, so reading or writing it goes on failing.
 void reserveStandardStreams();
 
-/// What is buffered for standard output, and all that is written to it from now on, goes nowhere.
-void discardStandardOutput();
+/// Writes @p aText to standard output, after any text that other code has left in the stream's
+/// buffer, and returns whether the system has taken all of it. The orientation and the buffering of
+/// the stream do not matter. Interrupted writes are retried, and a descriptor that does not block
+/// is waited for. A pipe without a reader is a failure, not a signal. After a failure standard
+/// output is discarded: nothing that is still buffered, or written later, is written.
+[[nodiscard]] bool writeStandardOutput(std::string_view aText);
 
-/// While it lives, writing to a pipe without a reader or beyond the largest size of a file is an
-/// error of the call, not a signal that ends the process. The process's signal settings are left
-/// alone: the signals are held back in this thread and what was raised meanwhile is taken away
-/// again.
-class FailedWriteGuard {
+/// Puts the floating-point unit of this thread into its default state: round to nearest, full
+/// precision, subnormal numbers kept, no trap enabled, no exception flag set.
+void resetFloatingPoint();
+
+/// During its lifetime, writing to a pipe without a reader or beyond the maximum file size is an
+/// error of the call, not a signal that ends the process. The process's signal handlers are not
+/// touched: the signals are blocked in this thread, and those raised meanwhile are discarded.
+class WriteSignalBlocker {
 public:
-    FailedWriteGuard();
-    ~FailedWriteGuard();
-    FailedWriteGuard(const FailedWriteGuard&) = delete;
-    FailedWriteGuard& operator=(const FailedWriteGuard&) = delete;
+    WriteSignalBlocker();
+    ~WriteSignalBlocker();
+    WriteSignalBlocker(const WriteSignalBlocker&) = delete;
+    WriteSignalBlocker& operator=(const WriteSignalBlocker&) = delete;
 
 private:
     struct Signal {
-        bool take;    ///< none was pending before, so a pending one is this guard's to take away
-        bool release; ///< this guard holds the signal back and must let it go
+        bool discard; ///< none was pending before, so a pending one was raised meanwhile
+        bool unblock; ///< it was not blocked before
     };
     std::array<Signal, 2> mSignals{};
 };

@@ -4,6 +4,7 @@
 #include <array>
 #include <bit>
 #include <cerrno>
+#include <cfenv>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -21,10 +22,14 @@
 #include <langinfo.h>
 #include <link.h>
 #include <locale.h>
+#include <poll.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
+#if defined(__SSE__)
+#include <xmmintrin.h>
+#endif
 
 namespace vexil::platform {
 namespace {
@@ -204,6 +209,39 @@ bool isPending(int aSignal) {
     return sigismember(&pending, aSignal) == 1;
 }
 
+// ---- Standard output
+
+void discardStandardOutput() {
+    const int nowhere = open("/dev/null", O_WRONLY);
+    if (nowhere == -1) {
+        close(STDOUT_FILENO);
+        return;
+    }
+    dup2(nowhere, STDOUT_FILENO);
+    close(nowhere);
+}
+
+bool waitUntilWritable(int aDescriptor) {
+    pollfd writable{aDescriptor, POLLOUT, 0};
+    return poll(&writable, 1, -1) != -1 || errno == EINTR;
+}
+
+bool writeAll(int aDescriptor, std::string_view aText) {
+    while (!aText.empty()) {
+        const auto count = write(aDescriptor, aText.data(), aText.size());
+        if (count > 0) {
+            aText.remove_prefix(static_cast<std::size_t>(count));
+        } else if (count == 0) {
+            return false;
+        } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
+            if (!waitUntilWritable(aDescriptor)) return false;
+        } else if (errno != EINTR) {
+            return false;
+        }
+    }
+    return true;
+}
+
 } // namespace
 
 ModuleHandle openModule(const char* aFileName, long& aError) {
@@ -291,34 +329,47 @@ void reserveStandardStreams() {
     }
 }
 
-void discardStandardOutput() {
-    const int nowhere = open("/dev/null", O_WRONLY);
-    if (nowhere == -1) {
-        close(STDOUT_FILENO);
-        return;
-    }
-    dup2(nowhere, STDOUT_FILENO);
-    close(nowhere);
+bool writeStandardOutput(std::string_view aText) {
+    const WriteSignalBlocker blocker;
+    // By the descriptor: the stream writes nothing, and reports no error, if it is wide-oriented.
+    const bool isWritten =
+        std::ferror(stdout) == 0 && std::fflush(stdout) == 0 && writeAll(STDOUT_FILENO, aText);
+    // Neither the runtime on exit nor a destructor of the plugin's must write the rest, or raise
+    // the signal after all.
+    if (!isWritten) discardStandardOutput();
+    return isWritten;
 }
 
-FailedWriteGuard::FailedWriteGuard() {
+void resetFloatingPoint() {
+#if defined(__x86_64__) || defined(__i386__)
+    __asm__ volatile("fninit");
+#if defined(__SSE__)
+    _mm_setcsr(0x1F80);
+#endif
+#else
+    std::fesetenv(FE_DFL_ENV);
+#endif
+}
+
+WriteSignalBlocker::WriteSignalBlocker() {
     for (std::size_t i = 0; i < writeSignals.size(); ++i) {
-        mSignals[i].take = !isPending(writeSignals[i]);
+        mSignals[i].discard = !isPending(writeSignals[i]);
         const auto signal = setOf(writeSignals[i]);
         sigset_t before;
         if (pthread_sigmask(SIG_BLOCK, &signal, &before) == 0) {
-            mSignals[i].release = sigismember(&before, writeSignals[i]) == 0;
+            mSignals[i].unblock = sigismember(&before, writeSignals[i]) == 0;
         }
     }
 }
 
-FailedWriteGuard::~FailedWriteGuard() {
+WriteSignalBlocker::~WriteSignalBlocker() {
     for (std::size_t i = 0; i < writeSignals.size(); ++i) {
         const auto signal = setOf(writeSignals[i]);
         const timespec now{};
-        while (mSignals[i].take && sigtimedwait(&signal, nullptr, &now) == -1 && errno == EINTR) {
+        while (mSignals[i].discard && sigtimedwait(&signal, nullptr, &now) == -1 &&
+               errno == EINTR) {
         }
-        if (mSignals[i].release) pthread_sigmask(SIG_UNBLOCK, &signal, nullptr);
+        if (mSignals[i].unblock) pthread_sigmask(SIG_UNBLOCK, &signal, nullptr);
     }
 }
 

@@ -1,8 +1,10 @@
 #include "vexil/platform/platform.h"
 
+#include <algorithm>
 #include <cstdio>
 
 #include <fcntl.h>
+#include <float.h>
 #include <io.h>
 
 #define WIN32_LEAN_AND_MEAN
@@ -32,6 +34,28 @@ public:
 private:
     UINT mBefore;
 };
+
+void discardStandardOutput() {
+    const int output = _fileno(stdout);
+    const int nowhere = _open("NUL", _O_WRONLY);
+    if (nowhere == -1) {
+        _close(output);
+        return;
+    }
+    _dup2(nowhere, output);
+    _close(nowhere);
+}
+
+bool writeAll(int aDescriptor, std::string_view aText) {
+    constexpr std::size_t largestWrite = 0x10000000;
+    while (!aText.empty()) {
+        const auto size = static_cast<unsigned>(std::min(aText.size(), largestWrite));
+        const int count = _write(aDescriptor, aText.data(), size);
+        if (count <= 0) return false;
+        aText.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return true;
+}
 
 } // namespace
 
@@ -81,20 +105,22 @@ void reserveStandardStreams() {
     // the place of another.
 }
 
-void discardStandardOutput() {
-    const int output = _fileno(stdout);
-    const int nowhere = _open("NUL", _O_WRONLY);
-    if (nowhere == -1) {
-        _close(output);
-        return;
-    }
-    _dup2(nowhere, output);
-    _close(nowhere);
+bool writeStandardOutput(std::string_view aText) {
+    // By the descriptor: the stream writes nothing, and reports no error, if it is wide-oriented.
+    const bool isWritten =
+        std::ferror(stdout) == 0 && std::fflush(stdout) == 0 && writeAll(_fileno(stdout), aText);
+    if (!isWritten) discardStandardOutput();
+    return isWritten;
 }
 
-// There are no such signals here; a write fails with an error and nothing else.
-FailedWriteGuard::FailedWriteGuard() = default;
+void resetFloatingPoint() {
+    _clearfp();
+    _controlfp(_CW_DEFAULT, 0xFFFFFFFF);
+}
 
-FailedWriteGuard::~FailedWriteGuard() = default;
+// Windows has no such signals; a failed write is only an error.
+WriteSignalBlocker::WriteSignalBlocker() = default;
+
+WriteSignalBlocker::~WriteSignalBlocker() = default;
 
 } // namespace vexil::platform
