@@ -1,9 +1,11 @@
 #pragma once
 
+#include "vexil/assert.h"
 #include "vexil/json/lexical_tables.h"
 #include "vexil/json/scan_state.h"
-#include "vexil/json/text_area.h"
+#include "vexil/json/string_appender.h"
 #include "vexil/json/unescaped_runs.h"
+#include "vexil/non_copyable.h"
 #include "vexil/streams.h"
 
 #include <algorithm>
@@ -13,44 +15,52 @@
 #include <string>
 #include <string_view>
 
-// Private to the JSON library.
+// The two sources from which a Scanner takes its characters. They have the same operations and give
+// the same characters; both read one character ahead. Private to the JSON library.
 
 namespace vexil {
 
-/// The characters of any stream, one read a character. A text that is taken goes to the buffer.
-class StreamSource {
+/// Characters of any stream, one read() per character. The text of a token is collected in the
+/// buffer of the ScanState.
+class StreamSource : private NonCopyable {
 public:
-    StreamSource(InputStream& aStream, Scan& aScan)
-        : mStream(aStream), mBuffer(aScan.buffer), mCurrent(aScan.current) {
+    /// Reads the first character unless the scan has begun.
+    StreamSource(InputStream& aStream, ScanState& aScan)
+        : mStream(aStream), mBuffer(aScan.buffer), mCurrent(aScan.lookahead) {
         if (mCurrent == nothingRead) advance();
     }
 
+    /// The current character, or endOfInput.
     int current() const { return mCurrent; }
 
-    /// Moves to the next character; the end stays the end.
+    /// Moves to the next character and returns it. There is none after endOfInput.
     int advance() {
         unsigned char byte = 0;
         if (mCurrent != endOfInput) mCurrent = mStream.read(&byte, 1) == 1 ? byte : endOfInput;
         return mCurrent;
     }
 
+    /// Begins the text of a token, empty until take() adds the current character to it and
+    /// advances.
     void beginText() { mBuffer.clear(); }
     int take() {
+        VEXIL_ASSERT(mCurrent >= 0);
         mBuffer.push_back(static_cast<char>(mCurrent));
         return advance();
     }
     std::string_view getText() const { return mBuffer; }
 
-    /// Copies the current character and those behind it that a string may hold as they are to @p
-    /// aNext, the end of the text in the area. Returns the end behind them.
-    char* takePlain(TextArea& aArea, char* aNext) {
+    /// Appends the current character and the following ones up to the first that needs an escape or
+    /// ends the string. @p aNext is the end of the text in @p aAppender; returns its new end.
+    [[nodiscard]] char* takeUnescaped(StringAppender& aAppender, char* aNext) {
         for (; mCurrent >= 0 && !hasClass(mCurrent, ClassStringStop); advance()) {
-            aNext = aArea.reserve(aNext, 1);
+            aNext = aAppender.reserve(aNext, 1);
             *aNext++ = static_cast<char>(mCurrent);
         }
         return aNext;
     }
-    /// Only a block of memory can be looked at as a whole.
+
+    /// Never succeeds: only a block of memory can be examined as a whole.
     static bool takeWholeString(std::string_view&, bool&) { return false; }
 
 private:
@@ -59,30 +69,31 @@ private:
     int mCurrent;
 };
 
-/// The same characters in the block of a MemoryInputStream. A text that is taken stays where it is,
-/// and a run of plain characters is seen at once. When the source ends, the stream is moved to
-/// where single reads would have left it.
-class MemorySource {
+/// Characters of the block of a MemoryInputStream. The text of a token remains in the block, and a
+/// run of unescaped characters is examined at once. On destruction the stream is moved to the
+/// position at which single reads would have left it.
+class MemorySource : private NonCopyable {
 public:
-    /// Whether the current character is the one in front of the stream's position. It is not if
-    /// somebody else has moved the stream since.
-    static bool isInFront(MemoryInputStream& aStream, int aCurrent) {
-        return aCurrent == nothingRead ||
-               (aCurrent >= 0 && !aStream.isAtBegin() &&
-                static_cast<unsigned char>(aStream.getRemainingData()[-1]) == aCurrent);
+    /// Whether the lookahead character is the one before the stream's position. It is not if the
+    /// stream has been moved since it was read; a StreamSource must then be used.
+    [[nodiscard]] static bool isInStep(const MemoryInputStream& aStream, int aLookahead) {
+        return aLookahead == nothingRead ||
+               (aLookahead >= 0 && !aStream.isAtBegin() &&
+                static_cast<unsigned char>(aStream.getRemainingData()[-1]) == aLookahead);
     }
 
-    /// The current character must be in front of the position.
-    MemorySource(MemoryInputStream& aStream, Scan& aScan)
+    /// Requires isInStep().
+    MemorySource(MemoryInputStream& aStream, const ScanState& aScan)
         : mStream(aStream), mBegin(aStream.getRemainingData()),
           mEnd(mBegin + aStream.getRemainingSize()),
-          mCurrent(aScan.current == nothingRead ? mBegin : mBegin - 1), mText(mCurrent) {}
+          mCurrent(aScan.lookahead == nothingRead ? mBegin : mBegin - 1), mText(mCurrent) {
+        VEXIL_ASSERT(isInStep(aStream, aScan.lookahead));
+    }
     ~MemorySource() {
+        VEXIL_ASSERT(mStream.getRemainingData() == mBegin);
         const char* const next = mCurrent == mEnd ? mEnd : mCurrent + 1;
         mStream.skip(static_cast<std::uint32_t>(next - mBegin));
     }
-    MemorySource(const MemorySource&) = delete;
-    MemorySource& operator=(const MemorySource&) = delete;
 
     int current() const {
         return mCurrent == mEnd ? endOfInput : static_cast<unsigned char>(*mCurrent);
@@ -93,27 +104,32 @@ public:
     }
 
     void beginText() { mText = mCurrent; }
-    int take() { return advance(); }
+    int take() {
+        VEXIL_ASSERT(mCurrent != mEnd);
+        return advance();
+    }
     std::string_view getText() const { return {mText, static_cast<std::size_t>(mCurrent - mText)}; }
 
-    char* takePlain(TextArea& aArea, char* aNext) {
+    [[nodiscard]] char* takeUnescaped(StringAppender& aAppender, char* aNext) {
         constexpr std::ptrdiff_t shortRun = 8;
         const char* const run = mCurrent;
-        mCurrent = measurePlainRun(run, mEnd).end;
+        mCurrent = measureUnescapedRun(run, mEnd).end;
         const std::ptrdiff_t size = mCurrent - run;
-        aNext = aArea.reserve(aNext, static_cast<std::size_t>(std::max(size, shortRun)));
+        aNext = aAppender.reserve(aNext, static_cast<std::size_t>(std::max(size, shortRun)));
         if (size <= shortRun && mEnd - run >= shortRun) {
-            std::memcpy(aNext, run, shortRun); // eight bytes take less time than few
+            std::memcpy(aNext, run, shortRun); // a copy of fixed size is faster than a short one
         } else {
             std::copy(run, mCurrent, aNext);
         }
         return aNext + size;
     }
 
-    /// Standing behind the quotation mark that begins a string: if all up to the next one is plain,
-    /// gives that and stands behind the next one. Otherwise nothing is taken.
-    bool takeWholeString(std::string_view& aText, bool& aIsAscii) {
-        const PlainRun run = measurePlainRun(mCurrent, mEnd);
+    /// Takes the rest of a string at once if no character up to the closing quotation mark needs an
+    /// escape: sets its text and whether that is ASCII, and moves past the quotation mark. The
+    /// current character must be the one after the opening quotation mark. Returns false and takes
+    /// nothing otherwise.
+    [[nodiscard]] bool takeWholeString(std::string_view& aText, bool& aIsAscii) {
+        const UnescapedRun run = measureUnescapedRun(mCurrent, mEnd);
         if (run.end == mEnd || *run.end != '"') return false;
         aText = {mCurrent, static_cast<std::size_t>(run.end - mCurrent)};
         aIsAscii = run.isAscii;
@@ -125,8 +141,8 @@ private:
     MemoryInputStream& mStream;
     const char* mBegin;
     const char* mEnd;
-    const char* mCurrent; ///< the current character, or the end
-    const char* mText;    ///< where the text being taken began
+    const char* mCurrent; ///< the current character; equal to mEnd at the end
+    const char* mText;    ///< the first character of the token's text
 };
 
 } // namespace vexil

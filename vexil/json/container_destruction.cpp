@@ -1,55 +1,67 @@
 #include "vexil/json/containers.h"
 
+#include <memory>
+
+// Destroys a tree without recursion: while the children of a container are being destroyed, its
+// first slot, whose child has been taken, holds the parent container (Schorr-Waite pointer
+// reversal).
+
 namespace vexil {
 
-/// The value as a container whose children are to be destroyed one by one, or null.
-JsonValueContainer* JsonValueContainer::asWalked(JsonValue* aValue) {
+/// Returns @p aValue as a container whose descendants have to be destroyed one by one, or null.
+JsonValueContainer* JsonValueContainer::asTraversed(JsonValue* aValue) {
     auto* const container = const_cast<JsonValueContainer*>(from(aValue));
-    return container != nullptr && container->needsWalk() ? container : nullptr;
+    return container != nullptr && container->needsTraversal() ? container : nullptr;
 }
 
-/// The slot of the child that comes after @p aTaken others: the elements of an array in order, all
-/// names of an object and then all its values.
-std::size_t JsonValueContainer::slotInOrder(std::size_t aTaken) const {
-    if (!isObject()) return aTaken;
-    return aTaken < mCount ? 2 * aTaken : 2 * (aTaken - mCount) + 1;
-}
-
-/// Starts on a container: gives its first child and keeps in that child's slot the way back.
+/// Begins with a container: takes its first child and stores the parent in that child's slot.
 JsonValue* JsonValueContainer::enter(JsonValueContainer* aParent) {
+    VEXIL_ASSERT(!mIsBeingDestroyed && mCount != 0);
     JsonValue* const first = mSlots[0];
     mSlots[0] = aParent;
-    mTaken = 1;
+    mIsBeingDestroyed = 1;
+    std::construct_at(&mTakenCount, std::size_t{1});
     return first;
 }
 
-/// Ends with a container whose children are gone, and gives the way back.
+/// Takes the next child: the elements of an array in order; all names of an object, then all
+/// values.
+JsonValue* JsonValueContainer::takeNextChild() {
+    VEXIL_ASSERT(mIsBeingDestroyed && !isEmptied());
+    const std::size_t taken = mTakenCount++;
+    if (!isObject()) return mSlots[taken];
+    return mSlots[taken < mCount ? 2 * taken : 2 * (taken - mCount) + 1];
+}
+
+/// Finishes a container whose children have all been destroyed, and returns its parent.
 JsonValueContainer* JsonValueContainer::leave() {
+    VEXIL_ASSERT(isEmptied());
     mCount = 0;
     return static_cast<JsonValueContainer*>(mSlots[0]);
 }
 
-bool JsonValueContainer::isDone() const {
-    return mTaken == (isObject() ? std::size_t{2} * mCount : mCount);
+bool JsonValueContainer::isEmptied() const {
+    VEXIL_ASSERT(mIsBeingDestroyed);
+    return mTakenCount == (isObject() ? std::size_t{2} * mCount : mCount);
 }
 
-void JsonValueContainer::walkAndDestroy() {
+void JsonValueContainer::destroyDescendants() {
     JsonValueContainer* current = this;
     JsonValue* child = enter(nullptr);
     for (;;) {
-        if (JsonValueContainer* const container = asWalked(child)) {
+        if (JsonValueContainer* const container = asTraversed(child)) {
             child = container->enter(current);
             current = container;
             continue;
         }
         delete child;
-        while (current->isDone()) {
+        while (current->isEmptied()) {
             JsonValueContainer* const parent = current->leave();
             if (current == this) return;
             delete current;
             current = parent;
         }
-        child = current->mSlots[current->slotInOrder(current->mTaken++)];
+        child = current->takeNextChild();
     }
 }
 

@@ -1,6 +1,6 @@
 #include "vexil/json/containers.h"
 
-#include "vexil/json/pooled_values.h"
+#include "vexil/json/arena_values.h"
 
 #include <algorithm>
 #include <cstring>
@@ -12,24 +12,6 @@
 
 namespace vexil {
 
-void JsonValueContainer::grow(std::uint32_t aSlots) {
-    constexpr std::uint32_t firstCapacity = 4;
-    constexpr std::uint32_t maxCount = 0x80000000;
-    if (mCount >= maxCount) throw std::length_error("JsonValue: too many entries");
-    const std::uint32_t capacity = std::max(firstCapacity, mCount + mCount / 2 + 1);
-    std::unique_ptr<JsonValue*[]> slots(new JsonValue*[std::size_t{capacity} * aSlots]);
-    std::copy_n(mSlots, std::size_t{mCount} * aSlots, slots.get());
-    if (mCapacity != 0) delete[] mSlots;
-    if (mPlainPool != nullptr) mPlainPool->setGrown();
-    mSlots = slots.release();
-    mCapacity = capacity;
-}
-
-void JsonValueContainer::throwOutOfRange(std::uint32_t aIndex) const {
-    // The text is to be that of the standard library's own container.
-    static_cast<void>(std::vector<char>(mCount).at(aIndex));
-}
-
 namespace {
 
 template <class... Classes>
@@ -38,20 +20,43 @@ bool isOneOf(const JsonValue& aValue) {
     return ((type == typeid(Classes)) || ...);
 }
 
-/// Asks for the most frequent class first.
+/// Whether a value is of the library's class @p Kind; checks for the most frequent class first.
 template <class Kind>
-bool isOurs(const JsonValue& aValue) {
-    return isOneOf<InPool<Kind>, Kind, PoolRoot<Kind>>(aValue);
+bool isLibraryClass(const JsonValue& aValue) {
+    return isOneOf<InArena<Kind>, Kind, ArenaRoot<Kind>>(aValue);
 }
 
 } // namespace
 
+std::uint32_t checkedEntryCount(std::size_t aCount) {
+    if (aCount > maxEntryCount) throw std::length_error("JsonValue: too many entries");
+    return static_cast<std::uint32_t>(aCount);
+}
+
 const JsonValueContainer* JsonValueContainer::from(const JsonValue* aValue) {
     if (aValue == nullptr) return nullptr;
     const JsonType type = aValue->getType();
-    const bool isContainer = (type == JsonType::Array && isOurs<JsonValueArray>(*aValue)) ||
-                             (type == JsonType::Object && isOurs<JsonValueObject>(*aValue));
+    const bool isContainer = (type == JsonType::Array && isLibraryClass<JsonValueArray>(*aValue)) ||
+                             (type == JsonType::Object && isLibraryClass<JsonValueObject>(*aValue));
     return isContainer ? static_cast<const JsonValueContainer*>(aValue) : nullptr;
+}
+
+void JsonValueContainer::grow(std::uint32_t aSlotsPerEntry) {
+    constexpr std::uint32_t firstCapacity = 4;
+    const std::uint32_t needed = checkedEntryCount(std::size_t{mCount} + 1);
+    const std::uint32_t capacity =
+        std::min(std::max(firstCapacity, needed + mCount / 2), maxEntryCount);
+    std::unique_ptr<JsonValue*[]> slots(new JsonValue*[std::size_t{capacity} * aSlotsPerEntry]);
+    std::copy_n(mSlots, std::size_t{mCount} * aSlotsPerEntry, slots.get());
+    if (mCapacity != 0) delete[] mSlots;
+    if (mArenaIfWhole != nullptr) mArenaIfWhole->noteOutsideChildren();
+    mSlots = slots.release();
+    mCapacity = capacity & maxEntryCount;
+}
+
+void JsonValueContainer::throwOutOfRange(std::uint32_t aIndex) const {
+    // The message has to be the one of the standard library's own container.
+    static_cast<void>(std::vector<char>(mCount).at(aIndex));
 }
 
 JsonValue* JsonValueObject::find(const char* aName) const {

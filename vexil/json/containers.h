@@ -1,83 +1,103 @@
 #pragma once
 
+#include "vexil/assert.h"
+#include "vexil/json/arena.h"
 #include "vexil/json/json_value.h"
-#include "vexil/json/tree_pool.h"
 
 #include <cstddef>
 #include <cstdint>
 
-// The concrete kinds of values. Private to the JSON library: everybody else creates values through
+// The classes of arrays and objects. Private to the JSON library: all other code creates them
+// through the factories of JsonValue.
 
 namespace vexil {
 
-/// What arrays and objects share: a growing block of owned children, one slot an element or two a
-/// member (name, value), and the walk that destroys a whole tree.
+/// Maximum number of entries of an array or object, appended or parsed.
+constexpr std::uint32_t maxEntryCount = 0x7FFFFFFF;
+
+/// Returns @p aCount, or throws std::length_error "JsonValue: too many entries" above
+/// maxEntryCount.
+[[nodiscard]] std::uint32_t checkedEntryCount(std::size_t aCount);
+
+/// Common part of arrays and objects: a growing block of owned children, one slot per element or
+/// two per member (name, value), and the destruction of a whole tree.
 class JsonValueContainer : public JsonValueDefault {
 public:
     std::uint32_t getSize() const override { return mCount; }
 
-    /// The value as a container of this library; null for any other, those of classes from outside
-    /// included.
-    static const JsonValueContainer* from(const JsonValue* aValue);
+    /// @p aValue as a container of this library, or null for any other value, including an
+    /// instance of a class from outside the library.
+    [[nodiscard]] static const JsonValueContainer* from(const JsonValue* aValue);
 
-    /// The children: the elements, or name and value of each member in turn. Valid until the next
-    /// append.
+    /// The children: the elements, or the name and value of each member in turn. Valid until the
+    /// next append.
     JsonValue* const* getSlots() const { return mSlots; }
 
 protected:
-    JsonValueContainer() = default;
-    /// A container of children in a pool. The slots belong to the pool as well. A null @p
-    /// aPlainPool says that something below needs to be destroyed.
-    JsonValueContainer(JsonValue** aSlots, std::uint32_t aCount, TreePool* aPlainPool)
-        : mSlots(aSlots), mCount(aCount), mPlainPool(aPlainPool) {}
+    JsonValueContainer() : JsonValueContainer(nullptr, 0, nullptr) {}
+    /// A container in an arena, to which the slots belong as well. @p aArenaIfWhole is that arena
+    /// if no child, direct or indirect, holds memory from elsewhere, otherwise null.
+    JsonValueContainer(JsonValue** aSlots, std::uint32_t aCount, Arena* aArenaIfWhole)
+        : mSlots(aSlots), mCount(aCount), mCapacity(0), mIsBeingDestroyed(0),
+          mArenaIfWhole(aArenaIfWhole) {
+        VEXIL_ASSERT(aCount <= maxEntryCount);
+        VEXIL_ASSERT(aCount == 0 || aSlots != nullptr);
+    }
     ~JsonValueContainer() override {
         if (mCapacity != 0) delete[] mSlots;
     }
 
-    /// Makes room for one more entry of @p aSlots slots. On failure nothing has changed.
-    void growForOne(std::uint32_t aSlots) {
-        if (mCount >= mCapacity) grow(aSlots);
+    /// Provides capacity for one more entry of @p aSlotsPerEntry slots. Throws std::bad_alloc or
+    /// std::length_error, with nothing changed.
+    void growForOne(std::uint32_t aSlotsPerEntry) {
+        VEXIL_ASSERT(!mIsBeingDestroyed);
+        if (mCount >= mCapacity) grow(aSlotsPerEntry);
     }
-    /// Throws std::out_of_range unless there is an entry @p aIndex.
+    /// Throws std::out_of_range unless @p aIndex is less than the number of entries.
     void checkIndex(std::uint32_t aIndex) const {
+        VEXIL_ASSERT(!mIsBeingDestroyed);
         if (aIndex >= mCount) throwOutOfRange(aIndex);
     }
-    /// Destroys everything below, in order, without recursion and without allocating. Every kind of
-    /// container calls it in its destructor.
+    /// Destroys all descendants in their documented order, without recursion and without
+    /// allocating. The destructor of each container class must call it.
     void destroyChildren() {
-        if (needsWalk()) walkAndDestroy();
+        if (needsTraversal()) destroyDescendants();
     }
 
-    JsonValue** mSlots = nullptr;
-    std::uint32_t mCount = 0; ///< entries
+    JsonValue** mSlots;
+    std::uint32_t mCount; ///< entries
 
 private:
-    void grow(std::uint32_t aSlots);
+    void grow(std::uint32_t aSlotsPerEntry);
     void throwOutOfRange(std::uint32_t aIndex) const;
     bool isObject() const { return getType() == JsonType::Object; }
 
-    bool needsWalk() const {
-        return mCount != 0 && (mPlainPool == nullptr || mPlainPool->hasGrown());
+    /// Whether a descendant has to be destroyed before the memory is released.
+    bool needsTraversal() const {
+        if (mCount == 0) return false;
+        VEXIL_ASSERT(!mIsBeingDestroyed);
+        return mArenaIfWhole == nullptr || mArenaIfWhole->hasOutsideChildren();
     }
-    void walkAndDestroy();
-    static JsonValueContainer* asWalked(JsonValue* aValue);
-    std::size_t slotInOrder(std::size_t aTaken) const;
+    void destroyDescendants();
+    static JsonValueContainer* asTraversed(JsonValue* aValue);
     JsonValue* enter(JsonValueContainer* aParent);
+    JsonValue* takeNextChild();
     JsonValueContainer* leave();
-    bool isDone() const;
+    bool isEmptied() const;
 
-    std::uint32_t mCapacity = 0; ///< entries; 0: there are no slots, or they belong to a pool
+    std::uint32_t mCapacity : 31; ///< in entries; 0 if there are no slots or the arena owns them
+    std::uint32_t mIsBeingDestroyed : 1; ///< selects the member of the union
     union {
-        TreePool* mPlainPool = nullptr; ///< set if nothing below needs to be destroyed
-        std::size_t mTaken;             ///< on the walk: children taken so far
+        Arena* mArenaIfWhole;    ///< see the constructor
+        std::size_t mTakenCount; ///< children taken so far by destroyDescendants()
     };
 };
 
 class JsonValueArray : public JsonValueContainer {
 public:
     JsonValueArray() = default;
-    JsonValueArray(JsonValue** aSlots, std::uint32_t aCount, TreePool* aPlainPool)
-        : JsonValueContainer(aSlots, aCount, aPlainPool) {}
+    JsonValueArray(JsonValue** aSlots, std::uint32_t aCount, Arena* aArenaIfWhole)
+        : JsonValueContainer(aSlots, aCount, aArenaIfWhole) {}
     ~JsonValueArray() override { destroyChildren(); }
     JsonType getType() const override { return JsonType::Array; }
     const JsonValue* getValueAt(std::uint32_t aIndex) const override { return at(aIndex); }
@@ -98,8 +118,8 @@ private:
 class JsonValueObject : public JsonValueContainer {
 public:
     JsonValueObject() = default;
-    JsonValueObject(JsonValue** aSlots, std::uint32_t aCount, TreePool* aPlainPool)
-        : JsonValueContainer(aSlots, aCount, aPlainPool) {}
+    JsonValueObject(JsonValue** aSlots, std::uint32_t aCount, Arena* aArenaIfWhole)
+        : JsonValueContainer(aSlots, aCount, aArenaIfWhole) {}
     ~JsonValueObject() override { destroyChildren(); }
     JsonType getType() const override { return JsonType::Object; }
     const JsonValue* getNameAt(std::uint32_t aIndex) const override { return at(aIndex, 0); }

@@ -1,8 +1,10 @@
 #include "vexil/json/json_parser.h"
 
+#include "vexil/assert.h"
 #include "vexil/exceptions.h"
+#include "vexil/json/arena_tree.h"
 #include "vexil/json/tokenizer_state.h"
-#include "vexil/json/tree_pool.h"
+#include "vexil/non_copyable.h"
 
 #include <string_view>
 #include <utility>
@@ -12,41 +14,40 @@ namespace vexil {
 
 namespace {
 
-/// Builds one tree from the tokens, with a stack of its own instead of recursion. The children of a
-/// container wait on that stack until it is complete, so it is created with its final size. What
-/// waits when an exception ends the builder is destroyed with it.
+/// Builds one tree from the tokens, with explicit stacks instead of recursion. The children of a
+/// container are kept on a stack until it is complete, so that it is created with its final size.
+/// Values left on the stack by an exception are destroyed with the builder.
 template <class Source>
-class TreeBuilder {
+class TreeBuilder : private NonCopyable {
 public:
     explicit TreeBuilder(Scanner<Source>& aScanner)
-        : mScanner(aScanner), mScan(aScanner.getScan()), mPool(TreePool::create()) {
-        mWaiting.reserve(32); // what a small text needs
-        mLevels.reserve(8);
+        : mScanner(aScanner), mScan(aScanner.getScan()), mArena(Arena::create()),
+          mFactory(*mArena) {
+        mFinished.reserve(32); // enough for a small text
+        mOpen.reserve(8);
     }
     ~TreeBuilder() {
-        for (JsonValue* const value : mWaiting) delete value;
+        for (JsonValue* const value : mFinished) delete value;
     }
-    TreeBuilder(const TreeBuilder&) = delete;
-    TreeBuilder& operator=(const TreeBuilder&) = delete;
 
     std::unique_ptr<JsonValue> build() {
         bool isComplete = start();
-        while (!mLevels.empty()) isComplete = isComplete ? proceed() : start();
-        // A tree in a pool has a container for its root; a scalar comes out as a copy.
-        if (!mRoot) mRoot.reset(mWaiting.back()->clone());
+        while (!mOpen.empty()) isComplete = isComplete ? proceed() : start();
+        // The root of a tree in an arena is a container; a scalar is returned as a copy.
+        if (!mRoot) mRoot.reset(mFinished.back()->clone());
         return std::move(mRoot);
     }
 
 private:
     /// A container that is not complete.
-    struct Level {
-        std::size_t firstChild; ///< where its children begin among those that wait
+    struct OpenContainer {
+        std::size_t firstChild; ///< index of its first child in mFinished
         bool isObject;
-        bool isPlain; ///< none of its children needs to be destroyed
+        bool isWithinArena; ///< no descendant so far holds memory outside the arena
     };
 
-    /// Parses the value that begins with the current token. True if it is complete; else it is a
-    /// container, and the current token is the first of its first child.
+    /// Parses the value that begins with the current token. Returns true if it is complete;
+    /// otherwise it is a container, and the current token begins its first child.
     bool start() {
         switch (mScan.token) {
         case JsonToken::End:
@@ -56,19 +57,19 @@ private:
         case JsonToken::ObjectBegin:
             return open(true);
         case JsonToken::Null:
-            next() = mPool->createNull();
+            next() = mFactory.createNull();
             break;
         case JsonToken::False:
-            next() = mPool->createBoolean(false);
+            next() = mFactory.createBoolean(false);
             break;
         case JsonToken::True:
-            next() = mPool->createBoolean(true);
+            next() = mFactory.createBoolean(true);
             break;
         case JsonToken::Integer:
-            next() = mPool->createInteger(mScan.integerValue);
+            next() = mFactory.createInteger(mScan.integerValue);
             break;
         case JsonToken::Float:
-            next() = mPool->createFloat(mScan.floatValue);
+            next() = mFactory.createFloat(mScan.floatValue);
             break;
         case JsonToken::String:
             addString(mScan.text);
@@ -79,18 +80,18 @@ private:
         return true;
     }
 
-    /// The place of the next value on the stack, there before the value so that none is lost.
-    JsonValue*& next() { return mWaiting.emplace_back(nullptr); }
+    /// Pushes the slot for the next value, before the value is created, so that it cannot leak.
+    JsonValue*& next() { return mFinished.emplace_back(nullptr); }
 
     void addString(std::string_view aText) {
-        next() = mPool->createString(aText);
-        if (aText.size() > TreePool::plainStringSize() && !mLevels.empty()) {
-            mLevels.back().isPlain = false;
+        next() = mFactory.createString(aText);
+        if (!ArenaValueFactory::isWithinArena(aText.size()) && !mOpen.empty()) {
+            mOpen.back().isWithinArena = false;
         }
     }
 
     bool open(bool aIsObject) {
-        mLevels.push_back({mWaiting.size(), aIsObject, true});
+        mOpen.push_back({mFinished.size(), aIsObject, true});
         if (mScanner.next() != endOf(aIsObject)) return false;
         close();
         return true;
@@ -100,53 +101,56 @@ private:
         return aIsObject ? JsonToken::ObjectEnd : JsonToken::ArrayEnd;
     }
 
-    /// Goes on behind a complete value: true if that completes the innermost container, else the
-    /// current token is the first of the next child.
+    /// Continues after a complete value. Returns true if that completes the innermost container;
+    /// otherwise the current token begins its next child.
     bool proceed() {
-        const Level& level = mLevels.back();
-        const bool isBehindName = level.isObject && (mWaiting.size() - level.firstChild) % 2 != 0;
-        if (isBehindName) {
+        const OpenContainer& container = mOpen.back();
+        const bool isAfterName =
+            container.isObject && (mFinished.size() - container.firstChild) % 2 != 0;
+        if (isAfterName) {
             // The token that completed the name is still the current one.
             if (mScan.token != JsonToken::String) throw JsonParserError("string expected");
             if (mScanner.next() != JsonToken::Colon) throw JsonParserError("':' expected");
         } else {
             const JsonToken token = mScanner.next();
-            if (token == endOf(level.isObject)) {
+            if (token == endOf(container.isObject)) {
                 close();
                 return true;
             }
             if (token != JsonToken::Comma) {
-                throw JsonParserError(level.isObject ? "',' or '}' expected"
-                                                     : "',' or ']' expected");
+                throw JsonParserError(container.isObject ? "',' or '}' expected"
+                                                         : "',' or ']' expected");
             }
         }
         mScanner.next();
         return false;
     }
 
-    /// Puts a container in the place of the children that waited for it.
+    /// Replaces the children of the innermost container by the container.
     void close() {
-        const Level level = mLevels.back();
-        const std::size_t count = mWaiting.size() - level.firstChild;
-        next(); // there is room for the container before it takes its children over
-        JsonValue** const slots = mWaiting.data() + level.firstChild;
-        const TreePool::Children children{level.isObject, level.isPlain, slots, count};
-        mLevels.pop_back();
-        if (mLevels.empty()) {
-            mRoot.reset(TreePool::createRoot(mPool, children));
-            mWaiting.clear();
+        const OpenContainer container = mOpen.back();
+        const std::size_t count = mFinished.size() - container.firstChild;
+        next(); // a slot for the container, before it takes ownership of its children
+        JsonValue** const slots = mFinished.data() + container.firstChild;
+        const ContainerContents contents{container.isObject, container.isWithinArena, slots, count};
+        mOpen.pop_back();
+        if (mOpen.empty()) {
+            VEXIL_ASSERT(container.firstChild == 0);
+            mRoot.reset(createArenaRoot(mArena, contents));
+            mFinished.clear();
         } else {
-            *slots = mPool->createContainer(children);
-            mWaiting.resize(level.firstChild + 1);
-            mLevels.back().isPlain &= level.isPlain;
+            *slots = mFactory.createContainer(contents);
+            mFinished.resize(container.firstChild + 1);
+            mOpen.back().isWithinArena &= container.isWithinArena;
         }
     }
 
     Scanner<Source>& mScanner;
-    const Scan& mScan;
-    TreePool::Owner mPool;            ///< outlives what waits
-    std::vector<JsonValue*> mWaiting; ///< finished values without a container, innermost last
-    std::vector<Level> mLevels;
+    const ScanState& mScan;
+    Arena::Owner mArena; ///< must outlive the values in mFinished
+    ArenaValueFactory mFactory;
+    std::vector<JsonValue*> mFinished; ///< complete values without a container, innermost last
+    std::vector<OpenContainer> mOpen;
     std::unique_ptr<JsonValue> mRoot;
 };
 

@@ -27,7 +27,7 @@ double JsonTokenizer::getFloatValue() const {
 }
 
 const std::string& JsonTokenizer::getText() const {
-    return mState->scan.bringTextToBuffer();
+    return mState->scan.moveTextToBuffer();
 }
 
 } // namespace vexil

@@ -9,7 +9,7 @@
 
 namespace vexil {
 
-/// The kinds of tokens; the numbers are part of the interface.
+/// Kinds of tokens. The numbers are part of the interface.
 enum class JsonToken : std::int32_t {
     End = 0,
     ArrayBegin = 1,
@@ -30,41 +30,46 @@ enum class JsonToken : std::int32_t {
 
 /// Splits the bytes of a stream into JSON tokens.
 ///
-/// Malformed text is no exception but a token of kind Invalid; scanning goes on behind it. A number
-/// without fraction and exponent is an Integer if it fits 32 bits, every other number a Float; one
-/// that leaves the range of a double is Invalid. Only a lowercase "e" starts an exponent. In a
-/// string an unknown escape is dropped together with its backslash; text that is not valid UTF-8 is
-/// Invalid.
+/// Malformed text does not throw but yields a token of kind Invalid, and scanning continues after
+/// it. A number without fraction and exponent is an Integer if it fits 32 bits; every other number
+/// is a Float, or Invalid if it is out of the range of a double. Only a lowercase "e" introduces an
+/// exponent. An unknown escape in a string is dropped with its backslash; a string that is not
+/// valid UTF-8 is Invalid.
 ///
-/// The stream is borrowed and must outlive the tokenizer. It is asked for one byte at a time and
-/// always stands one byte behind the current token, unless it has ended.
+/// The tokenizer is always one byte ahead: after a token, the stream is positioned one byte past
+/// the character that follows it, unless the input has ended. Other streams than MemoryInputStream
+/// are read one byte at a time. Not thread-safe.
 class JsonTokenizer : private NonCopyable {
 public:
-    /// Option bits. ReportWhitespace: a run of whitespace is a token instead of being skipped.
-    enum Flags : std::int32_t { ReportWhitespace = 1 };
+    /// Option bits.
+    enum Flags : std::int32_t {
+        ReportWhitespace = 1, ///< a run of whitespace is a token instead of being skipped
+    };
 
-    /// Reads nothing yet. @p aFlags holds option bits; others are ignored.
+    /// Reads nothing. @p aStream is borrowed and must outlive the tokenizer; @p aFlags holds option
+    /// bits, of which unknown ones are ignored. Throws std::bad_alloc.
     JsonTokenizer(InputStream& aStream, std::int32_t aFlags);
     virtual ~JsonTokenizer();
 
-    /// Scans the next token, makes it current and returns its kind; End again and again at the end.
-    /// Passes on what the stream throws, std::bad_alloc, and Overflow
-    /// "UnicodeString32::alloc(): string too long" for a string of 67108862 bytes or more; it is
-    /// not to be used after that.
+    /// Scans the next token, makes it current and returns its kind; at the end of the input, End
+    /// every time. Throws whatever the stream throws, std::bad_alloc, std::length_error for a text
+    /// longer than a std::string can be, and Overflow "UnicodeString32::alloc(): string too long"
+    /// for a string of 67108862 bytes or more; the tokenizer must not be used further after that.
     JsonToken nextToken();
 
-    /// The kind of the current token; Invalid before the first nextToken().
+    /// The kind of the current token; Invalid before the first call of nextToken().
     JsonToken getToken() const;
-    /// The value of an Integer, else 0.
+    /// The value of an Integer, 0 for any other token.
     std::int32_t getIntegerValue() const;
-    /// The value of a Float, else 0.0.
+    /// The value of a Float, 0.0 for any other token.
     double getFloatValue() const;
     /// The decoded content of a String in UTF-8, the characters of any other token (none for End
-    /// and Whitespace). Valid until the next nextToken().
+    /// and Whitespace). Borrowed; valid until the next call of nextToken(). Throws std::bad_alloc
+    /// or std::length_error when a long text is first copied from the stream's memory.
     const std::string& getText() const;
 
 private:
-    friend class JsonParser; // takes all tokens of a value in one go
+    friend class JsonParser; // scans all tokens of a value in one go
 
     struct State;
     std::unique_ptr<State> mState;

@@ -16,7 +16,7 @@ namespace {
 
 } // namespace
 
-// JsonValueDefault: what a kind does not have.
+// JsonValueDefault
 
 std::uint32_t JsonValueDefault::getSize() const {
     throwUnsupported("getSize");
@@ -58,7 +58,7 @@ void JsonValueDefault::appendNameAndValue(JsonValue*, JsonValue*) {
     throwUnsupported("appendNameAndValue");
 }
 
-// The factories.
+// Factories
 
 JsonValue* JsonValue::createNull() {
     return new JsonValueNull;

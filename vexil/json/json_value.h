@@ -7,7 +7,7 @@
 
 namespace vexil {
 
-/// The kinds of JSON values; the numbers are part of the interface.
+/// Kinds of JSON values. The numbers are part of the interface.
 enum class JsonType : std::int32_t {
     Null = 0,
     Boolean = 1,
@@ -18,24 +18,31 @@ enum class JsonType : std::int32_t {
     Object = 6,
 };
 
-/// One value of a JSON document, and through it the tree below.
+/// A value of a JSON document and, if it is an array or object, the tree of its descendants.
 ///
-/// A value never changes once created, except that arrays and objects grow at their end. A
-/// container owns its children: what is appended belongs to it, what a query returns is borrowed
-/// from it and lives as long as the container. Deleting the root frees the tree, in order, however
-/// deep it is, without recursion and without allocating. Values are never copied but by clone().
+/// A value never changes once it has been created, except that arrays and objects grow at the end.
+/// A container owns its children: appending a value transfers its ownership, and a value returned
+/// by a query is borrowed and lives as long as the container. Deleting the root destroys the tree:
+/// the elements of an array in order, the names of an object in order and then its values in order.
+/// Destruction does not recurse and does not allocate, however deep the tree is. Values cannot be
+/// copied except by clone(). One thread at a time may use a tree, unless all only query it.
 ///
-/// An operation that a kind does not have throws UnsupportedFunction with the operation's name and
-/// "() not supported" ("getFloat() not supported"), and changes nothing. There is no conversion: an
-/// integer does not answer getFloat().
+/// Each kind supports only its own operations. Any other operation throws UnsupportedFunction with
+/// the name of the operation and "() not supported" ("getFloat() not supported") and changes
+/// nothing. There is no conversion: an Integer does not support getFloat().
+///
+/// Classes outside the library may derive from JsonValue or JsonValueDefault; only their accessors
+/// are used, never their type. While one of their operations runs, it must not modify the tree that
+/// the value belongs to, nor the writer, stream or target string to which the tree is being
+/// written.
 class JsonValue : private NonCopyable {
 public:
     virtual ~JsonValue() = default;
 
-    /// The kind, which never changes.
+    /// The kind, which never changes. Supported by every kind.
     virtual JsonType getType() const = 0;
 
-    /// Elements of an array, members of an object.
+    /// Number of elements of an Array or of members of an Object, at most 2147483647.
     virtual std::uint32_t getSize() const = 0;
     /// The value of a Boolean.
     virtual bool getBoolean() const = 0;
@@ -43,54 +50,64 @@ public:
     virtual std::int32_t getInteger() const = 0;
     /// The value of a Float.
     virtual double getFloat() const = 0;
-    /// The bytes of a string, zero bytes included. UTF-8 by convention, which nothing here checks.
+    /// The bytes of a String, which may include zero bytes. They should be UTF-8, which is checked
+    /// only when the string is written. The reference is valid as long as the value.
     virtual const std::string& getString() const = 0;
 
     /// @{
-    /// The name of member @p aIndex, itself a value. Throws std::out_of_range from getSize() on.
+    /// The name of member @p aIndex of an Object, itself a value; borrowed. Throws
+    /// std::out_of_range, with the standard library's message for a vector, if @p aIndex is not
+    /// less than getSize().
     virtual const JsonValue* getNameAt(std::uint32_t aIndex) const = 0;
     virtual JsonValue* getNameAt(std::uint32_t aIndex) = 0;
     /// @}
     /// @{
-    /// Element @p aIndex, or the value of that member. Throws std::out_of_range from getSize() on.
+    /// Element @p aIndex of an Array, or the value of member @p aIndex of an Object; borrowed.
+    /// Throws std::out_of_range as getNameAt() does.
     virtual const JsonValue* getValueAt(std::uint32_t aIndex) const = 0;
     virtual JsonValue* getValueAt(std::uint32_t aIndex) = 0;
     /// @}
     /// @{
-    /// The value of the first member whose name has exactly the bytes of the zero-terminated
-    /// @p aName, or null. Linear in the number of members.
+    /// The value of the first member of an Object whose name consists of exactly the bytes of the
+    /// zero-terminated @p aName; borrowed. Null if there is none. Takes time linear in the number
+    /// of members. Throws UnsupportedFunction "getString() not supported" at a name that is not a
+    /// String.
     virtual const JsonValue* findFirst(const char* aName) const = 0;
     virtual JsonValue* findFirst(const char* aName) = 0;
     /// @}
 
-    /// Adds an element at the end and takes it over. On failure (std::bad_alloc) the array is
+    /// Appends an element to an Array and takes ownership of it. Throws std::bad_alloc, and
+    /// std::length_error "JsonValue: too many entries" beyond 2147483647 entries; the array is then
     /// unchanged and the value stays with the caller.
     virtual void appendValue(JsonValue* aValue) = 0;
-    /// Adds a member at the end and takes name and value over; a name that is there already is not
-    /// replaced. On failure the object is unchanged and both stay with the caller.
+    /// Appends a member to an Object and takes ownership of its name and its value. A member that
+    /// has this name already is not replaced. Throws as appendValue() does; the object is then
+    /// unchanged and both values stay with the caller.
     virtual void appendNameAndValue(JsonValue* aName, JsonValue* aValue) = 0;
 
-    /// A deep copy, owned by the caller, made without recursion.
-    virtual JsonValue* clone() const = 0;
+    /// Returns a deep copy, owned by the caller. Supported by every kind; does not recurse for the
+    /// library's classes. Throws std::bad_alloc, and whatever the clone() of a class outside the
+    /// library throws.
+    [[nodiscard]] virtual JsonValue* clone() const = 0;
 
     /// @{
-    /// Factories: each returns a new value that the caller owns. They throw std::bad_alloc. A text
-    /// given as a pointer is zero-terminated.
-    static JsonValue* createNull();
-    static JsonValue* createBoolean(bool aValue);
-    static JsonValue* createInteger(std::int32_t aValue);
-    static JsonValue* createFloat(double aValue);
-    static JsonValue* createString(const std::string& aText);
-    static JsonValue* createString(const char* aText);
-    static JsonValue* createArray();
-    static JsonValue* createObject();
+    /// Create a new value, owned by the caller. They throw std::bad_alloc; the factories of strings
+    /// copy @p aText, a pointer up to its terminating zero byte.
+    [[nodiscard]] static JsonValue* createNull();
+    [[nodiscard]] static JsonValue* createBoolean(bool aValue);
+    [[nodiscard]] static JsonValue* createInteger(std::int32_t aValue);
+    [[nodiscard]] static JsonValue* createFloat(double aValue);
+    [[nodiscard]] static JsonValue* createString(const std::string& aText);
+    [[nodiscard]] static JsonValue* createString(const char* aText);
+    [[nodiscard]] static JsonValue* createArray();
+    [[nodiscard]] static JsonValue* createObject();
     /// @}
 
 protected:
     JsonValue() = default;
 };
 
-/// Answers everything but getType() and clone() with UnsupportedFunction; the base of every kind.
+/// Base of all kinds: throws UnsupportedFunction for every operation except getType() and clone().
 class JsonValueDefault : public JsonValue {
 public:
     std::uint32_t getSize() const override;

@@ -1,9 +1,10 @@
 #include "vexil/json/json_writer.h"
 
+#include "vexil/assert.h"
 #include "vexil/exceptions.h"
 #include "vexil/json/containers.h"
 #include "vexil/json/lexical_tables.h"
-#include "vexil/json/text_area.h"
+#include "vexil/json/string_appender.h"
 #include "vexil/json/unescaped_runs.h"
 #include "vexil/numbers/number_text.h"
 #include "vexil/unicode_strings.h"
@@ -20,11 +21,11 @@ namespace vexil {
 
 namespace {
 
-constexpr char formPlain = 0;
+constexpr char formVerbatim = 0;
 constexpr char formUnicode = 'u';
 
-/// How an ASCII character is written inside a string: as it is, as "\u" and four digits, or as a
-/// backslash and this letter.
+/// Form of each ASCII character inside a string: verbatim, "\u" with four digits, or a backslash
+/// and the given letter.
 constexpr std::array<char, 128> makeCharacterForms() {
     std::array<char, 128> forms{};
     for (std::size_t c = 0; c < 0x20; ++c) forms[c] = formUnicode;
@@ -34,13 +35,15 @@ constexpr std::array<char, 128> makeCharacterForms() {
 
 constexpr auto characterForms = makeCharacterForms();
 
-/// Text on its way to any stream: each piece is one write.
-class StreamSink : public TextArea {
+/// Passes each piece of text to a stream in one call of write().
+class StreamSink : public StringAppender {
 public:
+    /// @p aPiece is the buffer in which each piece is assembled.
     StreamSink(OutputStream& aStream, std::string& aPiece)
-        : TextArea(aPiece, 0), mStream(aStream) {}
+        : StringAppender(aPiece, 0), mStream(aStream) {}
 
-    /// Takes the piece that ends at @p aNext and returns the place of the next one.
+    /// Writes the piece that ends at @p aNext and returns the position of the next one. Throws
+    /// InvalidArgument "size out of range".
     char* endPiece(const char* aNext) {
         char* const begin = getBegin();
         const std::ptrdiff_t size = aNext - begin;
@@ -55,21 +58,21 @@ private:
     OutputStream& mStream;
 };
 
-/// The same text written straight into the string of a StringOutputStream, which is cut behind the
-/// last whole piece when the sink ends.
-class StringSink : public TextArea {
+/// Writes the pieces directly into the string of a StringOutputStream. On destruction the string
+/// ends with the last complete piece.
+class StringSink : public StringAppender {
 public:
     explicit StringSink(std::string& aTarget)
-        : TextArea(aTarget, aTarget.size()), mWholePieces(aTarget.size()) {}
-    ~StringSink() { cut(mWholePieces); }
+        : StringAppender(aTarget, aTarget.size()), mCompleteSize(aTarget.size()) {}
+    ~StringSink() { cut(mCompleteSize); }
 
     char* endPiece(char* aNext) {
-        mWholePieces = sizeUpTo(aNext);
+        mCompleteSize = sizeUpTo(aNext);
         return aNext;
     }
 
 private:
-    std::size_t mWholePieces; ///< the size up to their end
+    std::size_t mCompleteSize; ///< of the string up to the last complete piece
 };
 
 constexpr char hexDigits[] = "0123456789abcdef";
@@ -81,44 +84,47 @@ char* putUnicodeEscape(char* aDest, std::uint32_t aUnit) {
     return aDest;
 }
 
-/// The most bytes that putEscaped() writes.
-constexpr std::size_t longestEscape = 12;
+/// Maximum number of bytes that putEscaped() writes.
+constexpr std::size_t maxEscapeSize = 12;
 
-/// Writes a character as an all-ASCII text holds it and returns the place behind it. The code is
-/// none of a surrogate.
+/// Writes a character of a string in ASCII and returns one past the last byte written. @p aCode is
+/// not a surrogate.
 char* putEscaped(char* aDest, std::uint32_t aCode) {
+    VEXIL_ASSERT(aCode <= 0x10FFFF && (aCode < 0xD800 || aCode > 0xDFFF));
     if (aCode >= 0x10000) {
         aDest = putUnicodeEscape(aDest, 0xD800 + ((aCode - 0x10000) >> 10));
         return putUnicodeEscape(aDest, 0xDC00 + (aCode & 0x3FF));
     }
     const char form = aCode < characterForms.size() ? characterForms[aCode] : formUnicode;
     if (form == formUnicode) return putUnicodeEscape(aDest, aCode);
-    if (form != formPlain) *aDest++ = '\\';
-    *aDest++ = form == formPlain ? static_cast<char>(aCode) : form;
+    if (form != formVerbatim) *aDest++ = '\\';
+    *aDest++ = form == formVerbatim ? static_cast<char>(aCode) : form;
     return aDest;
 }
 
-/// A container whose children are being written: the elements of an array, or name and value of
-/// each member of an object in turn.
-class Level {
+/// Position in a container whose children are being written: the elements of an array, or the name
+/// and value of each member of an object in turn.
+class ContainerCursor {
 public:
-    explicit Level(const JsonValue& aContainer, bool aIsObject)
+    ContainerCursor(const JsonValue& aContainer, bool aIsObject)
         : mContainer(aContainer), mCount(std::uint64_t{aContainer.getSize()} * (aIsObject ? 2 : 1)),
           mIsObject(aIsObject) {
-        if (const auto* const ours = JsonValueContainer::from(&aContainer))
-            mSlots = ours->getSlots();
+        if (const auto* const container = JsonValueContainer::from(&aContainer)) {
+            mSlots = container->getSlots();
+        }
     }
 
     bool isDone() const { return mNext == mCount; }
-    char getEnd() const { return mIsObject ? '}' : ']'; }
+    char getClosingBracket() const { return mIsObject ? '}' : ']'; }
 
-    /// What is written in front of the next child; 0 in front of the first.
+    /// The character before the next child; 0 before the first child.
     char getSeparator() const {
         if (mNext == 0) return 0;
         return mIsObject && mNext % 2 != 0 ? ':' : ',';
     }
 
     const JsonValue& takeNext() {
+        VEXIL_ASSERT(!isDone());
         const std::uint64_t next = mNext++;
         if (mSlots != nullptr) return *mSlots[next];
         const auto index = static_cast<std::uint32_t>(mIsObject ? next / 2 : next);
@@ -128,14 +134,14 @@ public:
 
 private:
     const JsonValue& mContainer;
-    JsonValue* const* mSlots = nullptr; ///< of a container of ours
+    JsonValue* const* mSlots = nullptr; ///< null for a class from outside the library
     std::uint64_t mNext = 0;
     std::uint64_t mCount;
     bool mIsObject;
 };
 
-/// Writes one tree, with a stack of its own instead of recursion. What writes something gets the
-/// place behind the text so far and returns the place behind its own.
+/// Writes one tree with an explicit stack instead of recursion. The operations that write take the
+/// position one past the last character written and return the new one.
 template <class Sink>
 class TreeWriter {
 public:
@@ -151,26 +157,26 @@ public:
     }
 
 private:
-    /// Writes what comes between the last value and the next one, which it finds; null at the end
-    /// of the tree.
+    /// Writes the punctuation between the last value and the next one, and sets @p aValue to the
+    /// latter, or to null at the end of the tree.
     char* proceed(char* aNext, const JsonValue*& aValue) {
-        while (!mLevels.empty()) {
-            Level& level = mLevels.back();
-            if (!level.isDone()) {
-                if (const char separator = level.getSeparator()) {
+        while (!mOpen.empty()) {
+            ContainerCursor& cursor = mOpen.back();
+            if (!cursor.isDone()) {
+                if (const char separator = cursor.getSeparator()) {
                     aNext = putPunctuation(aNext, separator);
                 }
-                aValue = &level.takeNext();
+                aValue = &cursor.takeNext();
                 return aNext;
             }
-            aNext = putPunctuation(aNext, level.getEnd());
-            mLevels.pop_back();
+            aNext = putPunctuation(aNext, cursor.getClosingBracket());
+            mOpen.pop_back();
         }
         aValue = nullptr;
         return aNext;
     }
 
-    /// Writes a scalar, or the beginning of a container whose children are next.
+    /// Writes a scalar, or the opening bracket of a container whose children are next.
     char* putOne(char* aNext, const JsonValue& aValue) {
         switch (aValue.getType()) {
         case JsonType::Null:
@@ -184,10 +190,10 @@ private:
         case JsonType::String:
             return putString(aNext, aValue.getString());
         case JsonType::Array:
-            mLevels.emplace_back(aValue, false);
+            mOpen.emplace_back(aValue, false);
             return putPunctuation(aNext, '[');
         case JsonType::Object:
-            mLevels.emplace_back(aValue, true);
+            mOpen.emplace_back(aValue, true);
             return putPunctuation(aNext, '{');
         }
         return aNext;
@@ -229,10 +235,10 @@ private:
     char* putString(char* aNext, const std::string& aBytes) {
         const char* const begin = aBytes.data();
         const char* const end = begin + aBytes.size();
-        // Copied while it is looked at; what turns out to be no text is never taken.
+        // Copied while it is scanned; if it turns out to be invalid, the copy is not used.
         aNext = mSink.reserve(aNext, aBytes.size() + 2);
         *aNext = '"';
-        const PlainRun run = copyPlainRun(aNext + 1, begin, end);
+        const UnescapedRun run = copyUnescapedRun(aNext + 1, begin, end);
         if (run.end == end && run.isAscii && aBytes.size() < shortTextSize) {
             aNext += aBytes.size() + 1;
         } else {
@@ -247,13 +253,13 @@ private:
         return aNext;
     }
 
-    /// Writes the rest of a string, from a byte to be escaped on, if there is any: copies whole
-    /// runs of bytes that need no escape; those of characters from U+0080 on need none.
+    /// Writes the rest of a string, which is empty or begins with a byte to be escaped. Copies
+    /// whole runs of bytes that need no escape, which include those of characters from U+0080.
     char* putRuns(char* aNext, const char* aText, const char* aEnd) {
         while (aText != aEnd) {
-            aNext = mSink.reserve(aNext, longestEscape + static_cast<std::size_t>(aEnd - aText));
+            aNext = mSink.reserve(aNext, maxEscapeSize + static_cast<std::size_t>(aEnd - aText));
             aNext = putEscaped(aNext, static_cast<unsigned char>(*aText++));
-            const char* const runEnd = copyPlainRun(aNext, aText, aEnd).end;
+            const char* const runEnd = copyUnescapedRun(aNext, aText, aEnd).end;
             aNext += runEnd - aText;
             aText = runEnd;
         }
@@ -264,7 +270,7 @@ private:
         UnicodeString32 codes;
         codes.assignUtf8(aBytes);
         for (std::uint32_t i = 0; i < codes.getLength(); ++i) {
-            aNext = putEscaped(mSink.reserve(aNext, longestEscape), codes.getData()[i]);
+            aNext = putEscaped(mSink.reserve(aNext, maxEscapeSize), codes.getData()[i]);
         }
         return aNext;
     }
@@ -272,7 +278,7 @@ private:
     Sink& mSink;
     const bool mEscapeNonAscii;
     bool& mSpaceNeeded;
-    std::vector<Level> mLevels;
+    std::vector<ContainerCursor> mOpen;
 };
 
 } // namespace
@@ -288,10 +294,10 @@ struct JsonWriter::State {
         }
     }
 
-    OutputStream& stream;
-    StringOutputStream* text; ///< the stream, if it is exactly of this class
+    OutputStream& stream;     ///< borrowed
+    StringOutputStream* text; ///< the stream if it is of this class, which is final; or null
     bool escapeNonAscii;
-    bool spaceNeeded = false; ///< the last piece was a bare word or a number
+    bool spaceNeeded = false; ///< the last piece written was a bare word or a number
     std::string piece = {};   ///< reused from piece to piece
 };
 

@@ -7,15 +7,16 @@
 #include <cstdint>
 #include <string_view>
 
-// What JSON text looks like, byte by byte. Private to the JSON library.
+// Lexical rules of JSON text as tables indexed by byte. Private to the JSON library.
 
 namespace vexil {
 
+/// Bits of an entry of characterClasses.
 enum CharacterClass : std::uint8_t {
     ClassSpace = 1,      ///< whitespace between tokens
     ClassLetter = 2,     ///< letter of a keyword
     ClassDigit = 4,      ///< decimal digit
-    ClassStringStop = 8, ///< may not stand unescaped inside a string
+    ClassStringStop = 8, ///< must not appear unescaped inside a string
 };
 
 constexpr std::array<std::uint8_t, 256> makeCharacterClasses() {
@@ -35,6 +36,12 @@ static_assert(characterClasses['\v'] == ClassStringStop); // not JSON whitespace
 static_assert(characterClasses[' '] == ClassSpace);
 static_assert(characterClasses['E'] == 0 && characterClasses[0x80] == 0);
 
+/// @p aCharacter is a byte, 0 to 255, or negative at the end of the input, which has no class.
+inline bool hasClass(int aCharacter, CharacterClass aClass) {
+    return aCharacter >= 0 &&
+           (characterClasses[static_cast<std::size_t>(aCharacter)] & aClass) != 0;
+}
+
 struct Keyword {
     std::string_view text;
     JsonToken token;
@@ -42,11 +49,6 @@ struct Keyword {
 
 constexpr Keyword keywords[] = {
     {"false", JsonToken::False}, {"null", JsonToken::Null}, {"true", JsonToken::True}};
-
-inline bool hasClass(int aCharacter, CharacterClass aClass) {
-    return aCharacter >= 0 &&
-           (characterClasses[static_cast<std::size_t>(aCharacter)] & aClass) != 0;
-}
 
 constexpr std::array<std::int8_t, 256> makeHexDigitValues() {
     std::array<std::int8_t, 256> values{};
@@ -61,21 +63,21 @@ constexpr std::array<std::int8_t, 256> makeHexDigitValues() {
 
 constexpr auto hexDigitValues = makeHexDigitValues();
 
-/// The value of a hexadecimal digit of either case, or -1.
+/// Value of a hexadecimal digit of either case, or -1. @p aCharacter as for hasClass().
 inline int hexDigitValue(int aCharacter) {
     return aCharacter < 0 ? -1 : hexDigitValues[static_cast<std::size_t>(aCharacter)];
 }
 
-/// A byte that a backslash and a letter stand for.
+/// An escape of a backslash and one letter, and the byte that it represents.
 struct LetterEscape {
     char letter;
     char byte;
 };
 
+/// The escapes that are both read and written.
 constexpr LetterEscape letterEscapes[] = {{'"', '"'},  {'\\', '\\'}, {'b', '\b'}, {'f', '\f'},
                                           {'n', '\n'}, {'r', '\r'},  {'t', '\t'}};
 
-/// The bytes that one-letter escapes stand for; 0 for an escape without a meaning.
 constexpr std::array<char, 256> makeEscapedBytes() {
     std::array<char, 256> bytes{};
     for (const auto& [letter, byte] : letterEscapes) bytes[static_cast<std::size_t>(letter)] = byte;
@@ -83,6 +85,7 @@ constexpr std::array<char, 256> makeEscapedBytes() {
     return bytes;
 }
 
+/// The byte represented by a backslash and the letter at its index; 0 for an unknown escape.
 constexpr auto escapedBytes = makeEscapedBytes();
 
 } // namespace vexil

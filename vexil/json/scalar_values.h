@@ -6,7 +6,8 @@
 #include <string>
 #include <string_view>
 
-// The concrete kinds of values. Private to the JSON library: everybody else creates values through
+// The classes of values without children. Private to the JSON library: all other code creates
+// values through the factories of JsonValue.
 
 namespace vexil {
 

@@ -1,40 +1,44 @@
 #pragma once
 
+#include "vexil/assert.h"
 #include "vexil/exceptions.h"
 #include "vexil/json/lexical_tables.h"
 #include "vexil/json/scan_state.h"
-#include "vexil/json/text_area.h"
+#include "vexil/json/string_appender.h"
 #include "vexil/json/unescaped_runs.h"
+#include "vexil/non_copyable.h"
 #include "vexil/numbers/decimal_conversion.h"
 #include "vexil/unicode_strings.h"
 
 #include <cerrno>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
 
-// The scanner behind JsonTokenizer, for the tokenizer and for the parser, which takes many tokens
+// The scanner of JsonTokenizer, also used by the parser, which scans many tokens in one go. Private
+// to the JSON library.
 
 namespace vexil {
 
-/// The most bytes of a code point in UTF-8.
-constexpr std::size_t longestForm = 4;
+/// Maximum number of bytes of a code point in UTF-8.
+constexpr std::size_t maxUtf8Size = 4;
 
-/// Scans tokens, any number of them. What it does is the same over either source.
+/// Scans any number of tokens from a source, with the same result for either source. The scan state
+/// and the source must outlive the scanner; the lookahead is stored in the state on destruction.
 template <class Source>
-class Scanner {
+class Scanner : private NonCopyable {
 public:
-    Scanner(Scan& aScan, Source& aSource, bool aReportWhitespace)
+    Scanner(ScanState& aScan, Source& aSource, bool aReportWhitespace)
         : mScan(aScan), mSource(aSource), mReportWhitespace(aReportWhitespace) {}
-    ~Scanner() { mScan.current = mSource.current(); }
-    Scanner(const Scanner&) = delete;
-    Scanner& operator=(const Scanner&) = delete;
+    ~Scanner() { mScan.lookahead = mSource.current(); }
 
-    /// The current token, of which the kind, the text and the value of the kind are set.
-    const Scan& getScan() const { return mScan; }
+    /// The current token: its kind, its text, and the value if it is a number.
+    const ScanState& getScan() const { return mScan; }
 
+    /// Scans the next token and makes it current. If an exception leaves it, the token is Invalid.
     JsonToken next() {
-        mScan.token = JsonToken::Invalid; // that is what is left where the stream throws
+        mScan.token = JsonToken::Invalid;
         mScan.text = {};
         return mScan.token = scanToken();
     }
@@ -124,7 +128,7 @@ private:
         return takeDigits();
     }
 
-    /// Takes one digit or more; false if there is none.
+    /// Takes one or more digits; false if there is none.
     bool takeDigits() {
         if (!hasClass(mSource.current(), ClassDigit)) return false;
         while (hasClass(mSource.take(), ClassDigit)) {
@@ -132,11 +136,12 @@ private:
         return true;
     }
 
-    /// Sets the integer value from the text, a sign and digits; false if 32 bits do not hold it.
+    /// Sets the integer value from the text, an optional sign and digits; false if it exceeds 32
+    /// bits.
     bool convertInteger() {
         const bool isNegative = mScan.text.front() == '-';
         const std::string_view digits = mScan.text.substr(isNegative ? 1 : 0);
-        if (digits.size() > 10) return false; // no leading zeros, so this is too much
+        if (digits.size() > 10) return false; // too large, as there are no leading zeros
         std::int64_t value = 0;
         for (const char digit : digits) value = value * 10 + (digit - '0');
         if (isNegative) value = -value;
@@ -145,9 +150,9 @@ private:
     }
 
     bool convertFloat() {
-        const std::string& text = mScan.bringTextToBuffer();
+        const std::string& text = mScan.moveTextToBuffer();
         const char* end = nullptr;
-        errno = 0; // a plugin may have left an error there
+        errno = 0; // a plugin may have left an error in it
         const double value = strToDouble(text.c_str(), &end);
         if (errno != 0 || end != text.c_str() + text.size()) return false;
         mScan.floatValue = value;
@@ -157,26 +162,29 @@ private:
     bool scanString() {
         mSource.advance();
         bool isAscii = false;
-        if (mSource.takeWholeString(mScan.text, isAscii)) return isText(isAscii);
-        StringText text{TextArea(mScan.buffer, 0)};
-        const bool isComplete = scanStringInArea(text);
+        if (mSource.takeWholeString(mScan.text, isAscii)) return isValidText(isAscii);
+        StringText text(mScan.buffer);
+        const bool isComplete = scanStringTo(text);
         mScan.text = text.get();
-        return isComplete && isText(false);
+        return isComplete && isValidText(false);
     }
 
-    /// A string on its way to an area.
+    /// The decoded content of a string while it is scanned.
     struct StringText {
-        TextArea area;
-        char* next = area.getBegin();
-        std::uint32_t highSurrogate = 0; ///< 0: none is pending
+        explicit StringText(std::string& aBuffer) : appender(aBuffer, 0) {}
 
         std::string_view get() const {
-            return {area.getBegin(), static_cast<std::size_t>(next - area.getBegin())};
+            return {appender.getBegin(), static_cast<std::size_t>(next - appender.getBegin())};
         }
+
+        StringAppender appender;
+        char* next = appender.getBegin(); ///< one past the last character written
+        std::uint32_t highSurrogate = 0;  ///< 0: none is pending
     };
 
-    /// Scans what is behind the opening quotation mark and stands behind the closing one.
-    bool scanStringInArea(StringText& aText) {
+    /// Scans a string from the character after its opening quotation mark and moves past the
+    /// closing one. Returns false at the first error.
+    bool scanStringTo(StringText& aText) {
         for (;;) {
             const int character = mSource.current();
             if (character == endOfInput) return false;
@@ -190,22 +198,22 @@ private:
             } else if (hasClass(character, ClassStringStop)) {
                 return false;
             } else {
-                aText.next = mSource.takePlain(aText.area, aText.next);
+                aText.next = mSource.takeUnescaped(aText.appender, aText.next);
             }
         }
     }
 
-    /// Scans an escape from its backslash on and stands behind it.
+    /// Scans an escape from its backslash and moves past it.
     bool scanEscape(StringText& aText) {
         const int letter = mSource.advance();
         if (letter == endOfInput) return false;
         if (letter == 'u') return scanUnicodeEscape(aText);
         if (aText.highSurrogate != 0) return false;
         const char byte = escapedBytes[static_cast<std::size_t>(letter)];
-        aText.next = aText.area.reserve(aText.next, 1);
+        aText.next = aText.appender.reserve(aText.next, 1);
         *aText.next = byte;
-        aText.next += byte != 0 ? 1 : 0;
-        mSource.advance(); // an unknown escape is dropped, with the one byte behind its backslash
+        aText.next += byte != 0 ? 1 : 0; // an unknown escape is dropped, backslash and letter
+        mSource.advance();
         return true;
     }
 
@@ -221,8 +229,10 @@ private:
         return true;
     }
 
-    /// Appends the character of an escaped UTF-16 unit, or keeps a high surrogate pending.
+    /// Appends the character of an escaped UTF-16 unit, or keeps a high surrogate pending. Returns
+    /// false for an unpaired surrogate.
     static bool takeUnit(std::uint32_t aUnit, StringText& aText) {
+        VEXIL_ASSERT(aUnit <= 0xFFFF);
         const bool isLowSurrogate = aUnit >= 0xDC00 && aUnit <= 0xDFFF;
         if (isLowSurrogate != (aText.highSurrogate != 0)) return false;
         if (isLowSurrogate) {
@@ -233,12 +243,13 @@ private:
             return true;
         }
         aText.next =
-            UnicodeString32::encodeUtf8(aText.area.reserve(aText.next, longestForm), aUnit);
+            UnicodeString32::encodeUtf8(aText.appender.reserve(aText.next, maxUtf8Size), aUnit);
         return true;
     }
 
-    /// Whether the text is valid UTF-8. ASCII is, and of that only the length is left to be judged.
-    bool isText(bool aIsAscii) const {
+    /// Whether the text is valid UTF-8. ASCII is; only its length may exceed the limit of Unicode
+    /// strings, which is Overflow and not caught here.
+    bool isValidText(bool aIsAscii) const {
         if (aIsAscii && mScan.text.size() < shortTextSize) return true;
         try {
             UnicodeString32::checkUtf8(mScan.text.data(), mScan.text.size());
@@ -248,7 +259,7 @@ private:
         return true;
     }
 
-    Scan& mScan;
+    ScanState& mScan;
     Source& mSource;
     const bool mReportWhitespace;
 };

@@ -12,16 +12,17 @@
 
 namespace vexil {
 
+/// State of a JsonTokenizer: the stream and the current token.
 struct JsonTokenizer::State {
     State(InputStream& aStream, std::int32_t aFlags)
         : stream(aStream), memory(dynamic_cast<MemoryInputStream*>(&aStream)),
           reportWhitespace((aFlags & ReportWhitespace) != 0) {}
 
-    /// Calls @p aFunction with a scanner over what the stream is and gives its result. Until it is
-    /// done nobody else may look at the stream.
+    /// Calls @p aFunction with a scanner over the stream and returns its result. The stream must
+    /// not be used otherwise until then.
     template <class Function>
     auto withScanner(Function aFunction) {
-        if (memory != nullptr && MemorySource::isInFront(*memory, scan.current)) {
+        if (memory != nullptr && MemorySource::isInStep(*memory, scan.lookahead)) {
             MemorySource source(*memory, scan);
             Scanner<MemorySource> scanner(scan, source, reportWhitespace);
             return aFunction(scanner);
@@ -31,10 +32,10 @@ struct JsonTokenizer::State {
         return aFunction(scanner);
     }
 
-    InputStream& stream;
-    MemoryInputStream* memory; ///< the stream, if it is exactly of this class
+    InputStream& stream;       ///< borrowed
+    MemoryInputStream* memory; ///< the stream if it is of this class, which is final; or null
     bool reportWhitespace;
-    Scan scan;
+    ScanState scan;
 };
 
 } // namespace vexil

@@ -1,3 +1,4 @@
+#include "vexil/assert.h"
 #include "vexil/json/containers.h"
 
 #include <memory>
@@ -8,12 +9,12 @@ namespace vexil {
 
 namespace {
 
-/// Copies a tree with a stack of its own instead of recursion.
+/// Copies a tree with an explicit stack instead of recursion.
 class TreeCopier {
 public:
     std::unique_ptr<JsonValue> copy(const JsonValue& aRoot) {
         std::unique_ptr<JsonValue> done = start(aRoot);
-        while (!mLevels.empty()) {
+        while (!mCopies.empty()) {
             if (done) deliver(std::move(done));
             done = advance();
         }
@@ -21,15 +22,16 @@ public:
     }
 
 private:
-    struct Level {
+    /// A container whose children are being copied.
+    struct PartialCopy {
         const JsonValue* source;
         std::unique_ptr<JsonValue> copy;
-        std::unique_ptr<JsonValue> value; ///< of a member whose name is still to be copied
+        std::unique_ptr<JsonValue> value; ///< of a member whose name has not been copied yet
         std::uint32_t size;
         bool isObject;
     };
 
-    /// Copies a value at once, or begins a level for a container of ours and gives nothing yet.
+    /// Copies a value, or begins the copy of a container of this library and returns null.
     std::unique_ptr<JsonValue> start(const JsonValue& aSource) {
         if (JsonValueContainer::from(&aSource) == nullptr) {
             return std::unique_ptr<JsonValue>(aSource.clone());
@@ -37,39 +39,39 @@ private:
         const bool isObject = aSource.getType() == JsonType::Object;
         std::unique_ptr<JsonValue> copy(isObject ? JsonValue::createObject()
                                                  : JsonValue::createArray());
-        mLevels.push_back({&aSource, std::move(copy), nullptr, aSource.getSize(), isObject});
+        mCopies.push_back({&aSource, std::move(copy), nullptr, aSource.getSize(), isObject});
         return nullptr;
     }
 
-    /// Goes on with the innermost container: starts its next child, or gives its copy if complete.
+    /// Continues the innermost container: starts its next child, or returns its copy if complete.
     std::unique_ptr<JsonValue> advance() {
-        Level& level = mLevels.back();
-        const std::uint32_t index = level.copy->getSize();
-        if (index == level.size) {
-            std::unique_ptr<JsonValue> done = std::move(level.copy);
-            mLevels.pop_back();
+        PartialCopy& partial = mCopies.back();
+        const std::uint32_t index = partial.copy->getSize();
+        if (index == partial.size) {
+            std::unique_ptr<JsonValue> done = std::move(partial.copy);
+            mCopies.pop_back();
             return done;
         }
-        return start(level.value ? *level.source->getNameAt(index)
-                                 : *level.source->getValueAt(index));
+        return start(partial.value ? *partial.source->getNameAt(index)
+                                   : *partial.source->getValueAt(index));
     }
 
-    /// Puts a finished copy into the innermost container; of a member the value comes first.
+    /// Adds a finished copy to the innermost container. The value of a member precedes its name.
     void deliver(std::unique_ptr<JsonValue> aDone) {
-        Level& level = mLevels.back();
-        if (!level.isObject) {
-            level.copy->appendValue(aDone.get());
-        } else if (!level.value) {
-            level.value = std::move(aDone);
+        PartialCopy& partial = mCopies.back();
+        if (!partial.isObject) {
+            partial.copy->appendValue(aDone.get());
+        } else if (!partial.value) {
+            partial.value = std::move(aDone);
             return;
         } else {
-            level.copy->appendNameAndValue(aDone.get(), level.value.get());
-            static_cast<void>(level.value.release());
+            partial.copy->appendNameAndValue(aDone.get(), partial.value.get());
+            static_cast<void>(partial.value.release());
         }
         static_cast<void>(aDone.release());
     }
 
-    std::vector<Level> mLevels;
+    std::vector<PartialCopy> mCopies;
 };
 
 } // namespace

@@ -29,7 +29,8 @@ TEST(JsonParser, WithoutTheEndCheckStaysOnTheLastToken) {
     vexil::MemoryInputStream stream{vexil::ByteRange(text)};
     vexil::JsonTokenizer tokenizer(stream, 0);
     vexil::JsonParser parser(tokenizer, 0);
-    EXPECT_THAT([&] { parser.parse(false); }, ThrowsMessage<JsonParserError>("unexpected token"));
+    EXPECT_THAT([&] { JsonTree(parser.parse(false)); },
+                ThrowsMessage<JsonParserError>("unexpected token"));
     for (const char* const expected : {"[1,{}]", "\"a\"", "7"}) {
         tokenizer.nextToken();
         EXPECT_EQ(expected, writeText(*JsonTree(parser.parse(false))));

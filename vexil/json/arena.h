@@ -1,0 +1,66 @@
+#pragma once
+
+#include "vexil/non_copyable.h"
+
+#include <cstddef>
+#include <memory>
+
+// Private to the JSON library.
+
+namespace vexil {
+
+/// Memory of one tree whose root is a container: a few blocks that are released together. The root
+/// itself lies at a fixed position in the first block, and deleting it releases the arena; until
+/// the root exists, an Arena::Owner does.
+///
+/// The arena runs no destructors. Each object in it has to be destroyed before its memory is
+/// released, unless its destructor would release nothing.
+class Arena : private NonCopyable {
+public:
+    struct Release {
+        void operator()(Arena* aArena) const noexcept { release(aArena); }
+    };
+    using Owner = std::unique_ptr<Arena, Release>;
+
+    /// Alignment in bytes of all memory in an arena.
+    static constexpr std::size_t alignment = 8;
+    /// Maximum size of the root in bytes.
+    static constexpr std::size_t maxRootSize = 32;
+
+    /// Throws std::bad_alloc.
+    [[nodiscard]] static Owner create();
+
+    /// Returns @p aBytes bytes that live as long as the arena. Throws std::bad_alloc.
+    [[nodiscard]] void* allocate(std::size_t aBytes);
+
+    /// Memory for the root, maxRootSize bytes.
+    void* getRootMemory() noexcept;
+    /// The arena whose root lies at @p aRoot.
+    static Arena* ofRoot(void* aRoot) noexcept;
+
+    /// Frees all blocks. @p aArena must not be null.
+    static void release(Arena* aArena) noexcept;
+
+    /// Whether a container in the arena has received children from outside. They have to be
+    /// destroyed one by one even where the tree needed no destructor when it was built.
+    bool hasOutsideChildren() const { return mHasOutsideChildren; }
+    void noteOutsideChildren() { mHasOutsideChildren = true; }
+
+private:
+    struct Block {
+        Block* next;
+    };
+
+    Arena(char* aNext, char* aEnd, std::size_t aNextBlockSize)
+        : mNext(aNext), mEnd(aEnd), mNextBlockSize(aNextBlockSize) {}
+
+    void* allocateFromNewBlock(std::size_t aBytes);
+
+    Block* mBlocks = nullptr; ///< all but the first, which contains the arena itself
+    char* mNext;              ///< free memory of the current block
+    char* mEnd;
+    std::size_t mNextBlockSize;
+    bool mHasOutsideChildren = false;
+};
+
+} // namespace vexil
