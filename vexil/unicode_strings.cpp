@@ -2,9 +2,9 @@
 
 #include "vexil/exceptions.h"
 #include "vexil/platform/platform.h"
+#include "vexil/utf8_validation.h"
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <cstdlib>
 #include <cstring>
@@ -133,66 +133,6 @@ void decodeUtf8(const std::uint8_t* aPos, const std::uint8_t* aEnd, Sink& aSink)
         aPos = takeAscii(aPos, aEnd, aSink);
         while (aPos != aEnd && *aPos >= 0x80) aPos = takeMultiByte(aPos, aEnd, aSink);
     }
-}
-
-// Judging a text without decoding it: an automaton over its bytes that accepts what decodeUtf8()
-// takes. The next states of all states for a byte are packed into one word, six bits each, and a
-// state is the place of its bits; so a step is a shift, and no branch depends on the text (after
-// Per Vognsen, "Shift-based DFAs").
-
-enum Utf8State : std::uint64_t {
-    BetweenCodes = 0,
-    OneToCome = 6,
-    TwoToCome = 12,
-    ThreeToCome = 18,
-    BehindE0 = 24, ///< a smaller second byte would make the form longer than needed
-    BehindED = 30, ///< a larger one would make a surrogate
-    BehindF0 = 36, ///< as behind E0
-    BehindF4 = 42, ///< a larger one would go past the last code
-    InvalidForm = 48,
-};
-
-constexpr Utf8State stateBehindLead(unsigned aByte) {
-    if (aByte < 0x80) return BetweenCodes;
-    if (aByte < 0xC2 || aByte > 0xF4) return InvalidForm;
-    if (aByte < 0xE0) return OneToCome;
-    if (aByte == 0xE0) return BehindE0;
-    if (aByte == 0xED) return BehindED;
-    if (aByte < 0xF0) return TwoToCome;
-    if (aByte == 0xF0) return BehindF0;
-    return aByte == 0xF4 ? BehindF4 : ThreeToCome;
-}
-
-constexpr std::uint64_t packNextStates(unsigned aByte) {
-    const auto inRange = [aByte](unsigned aFirst, unsigned aLast, Utf8State aNext) {
-        return aByte >= aFirst && aByte <= aLast ? aNext : InvalidForm;
-    };
-    return stateBehindLead(aByte) << BetweenCodes | inRange(0x80, 0xBF, BetweenCodes) << OneToCome |
-           inRange(0x80, 0xBF, OneToCome) << TwoToCome |
-           inRange(0x80, 0xBF, TwoToCome) << ThreeToCome |
-           inRange(0xA0, 0xBF, OneToCome) << BehindE0 | inRange(0x80, 0x9F, OneToCome) << BehindED |
-           inRange(0x90, 0xBF, TwoToCome) << BehindF0 | inRange(0x80, 0x8F, TwoToCome) << BehindF4 |
-           InvalidForm << InvalidForm;
-}
-
-constexpr std::array<std::uint64_t, 256> makeNextStates() {
-    std::array<std::uint64_t, 256> states{};
-    for (unsigned i = 0; i < 256; ++i) states[i] = packNextStates(i);
-    return states;
-}
-
-constexpr auto nextStates = makeNextStates();
-
-bool isUtf8(const std::uint8_t* aPos, const std::uint8_t* aEnd) {
-    constexpr std::ptrdiff_t blockSize = 16;
-    std::uint64_t state = BetweenCodes;
-    const auto step = [&state](std::uint8_t aByte) { state = nextStates[aByte] >> state & 0x3F; };
-    for (; aEnd - aPos >= blockSize; aPos += blockSize) {
-        if (state == BetweenCodes && (nonAsciiBits(aPos) | nonAsciiBits(aPos + 8)) == 0) continue;
-        std::for_each_n(aPos, blockSize, step);
-    }
-    std::for_each(aPos, aEnd, step);
-    return state == BetweenCodes;
 }
 
 /// Throws what the decoder has to say against a text that is none.
@@ -326,7 +266,7 @@ void UnicodeString32::assignUtf8(const void* aBytes, std::size_t aLen) {
 void UnicodeString32::checkUtf8(const void* aBytes, std::size_t aLen) {
     checkCount(aLen);
     const auto* bytes = static_cast<const std::uint8_t*>(aBytes);
-    if (!isUtf8(bytes, bytes + aLen)) throwFault(bytes, bytes + aLen);
+    if (!isValidUtf8(bytes, bytes + aLen)) throwFault(bytes, bytes + aLen);
 }
 
 void UnicodeString32::assignUtf16(const std::uint16_t* aUnits, std::uint32_t aCount) {
