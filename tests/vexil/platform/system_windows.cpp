@@ -10,17 +10,18 @@ bool useCodePage(const std::string& aName) {
     return aName == std::to_string(GetACP());
 }
 
-// In no code page both of these.
+// No code page contains both characters.
 const fs::path folderName = L"\u4F8B\u00E9";
 
-// A library for 64-bit processors, as far as its header says.
+// Writes a library whose headers name the processor of the other word size.
 static void writeForeignLibrary(const char* aName) {
     fs::copy(SYMBOL_LIBRARY, aName);
     std::fstream file(aName, std::ios::in | std::ios::out | std::ios::binary);
-    file.seekg(0x3C); // where the address of the header is
+    file.seekg(0x3C); // the offset of the PE header
     const int header = file.get() + 256 * file.get();
-    file.seekp(header + 4).write("\x64\x86", 2);  // the processor
-    file.seekp(header + 24).write("\x0B\x02", 2); // the header's own form
+    const bool is64Bit = sizeof(void*) == 8;
+    file.seekp(header + 4).write(is64Bit ? "\x4C\x01" : "\x64\x86", 2);  // the processor
+    file.seekp(header + 24).write(is64Bit ? "\x0B\x01" : "\x0B\x02", 2); // PE32 or PE32+
 }
 
 std::vector<std::pair<std::string, long>> makeFailingModules() {
