@@ -1,12 +1,28 @@
-import re, subprocess
+"""Repeats the transcripts of the documents."""
 
-TRANSCRIPT = re.compile(r"^```console\n(.*?)^```", re.S | re.M)
+import re
+import subprocess
+
+TRANSCRIPT = re.compile(r"^```console\n(.*?)^```", re.DOTALL | re.MULTILINE)
+
+# Shows a command after its prompt without changing $? for the next one.
+ECHO = """(status=$?; cat <<'END'
+$ {command}
+END
+exit $status)
+{command}
+"""
 
 
 def repeat(transcript, **options):
-    """What a shell shows that is given the commands of the transcript."""
-    commands = re.findall(r"^\$ (.*)", transcript, re.M)
-    # Each command is echoed behind its prompt; all of them share a shell, and so does $?.
-    script = "".join(f"(s=$?; cat <<'.'\n$ {line}\n.\nexit $s)\n{line}\n" for line in commands)
-    return subprocess.run(["bash", "-c", script], stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-                          encoding="utf-8", **options).stdout
+    """The output of a shell that runs the commands of the transcript, all in one process."""
+    commands = re.findall(r"^\$ (.*)", transcript, re.MULTILINE)
+    script = "".join(ECHO.format(command=command) for command in commands)
+    result = subprocess.run(
+        ["bash", "-c", script],
+        stdout=subprocess.PIPE,
+        stderr=subprocess.STDOUT,
+        encoding="utf-8",
+        **options,
+    )
+    return result.stdout

@@ -6,7 +6,7 @@ namespace example {
 
 /// Describes @p aCertificate: "subject", "issuer", "serialNumber", "notBefore", "notAfter",
 /// "sha256Fingerprint", "subjectAlternativeNames", "publicKeyAlgorithm", "publicKeyBits" and
-/// "pem", in this order; the README says what each holds.
+/// "pem", in this order; docs/plugins.md describes them.
 ///
 /// Throws Failure (InvalidCertificate) if a part of it cannot be decoded.
 Response describeCertificate(X509& aCertificate);

@@ -5,7 +5,7 @@
 namespace example {
 
 /// Describes @p aCertificate with the same elements in the same order and form as the certificate
-/// file plugin does; the README says what each holds.
+/// file plugin does; docs/plugins.md describes them.
 ///
 /// Throws Failure (InvalidCertificate) if a part of it cannot be decoded.
 Response describeCertificate(const CERT_CONTEXT& aCertificate);

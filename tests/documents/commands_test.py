@@ -1,0 +1,131 @@
+"""Runs the command blocks of the documents in the order in which they appear.
+
+Usage: commands_test.py BUILD_FOLDER
+
+The blocks of one document share a folder that looks like the root of the project after a build with
+the preset "release". A transcript must be repeated exactly; other commands must succeed.
+"""
+
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+import unittest
+
+from documents import SOURCE, blocks, manual_examples, read
+from transcripts import repeat
+
+BUILD = pathlib.Path(sys.argv[1]).resolve()
+
+DOCUMENTS = [
+    "README.md",
+    "CONTRIBUTING.md",
+    "SECURITY.md",
+    *(f"docs/{path.name}" for path in sorted((SOURCE / "docs").glob("*.md"))),
+]
+
+# Transcripts that another test runs.
+TESTED_ELSEWHERE = {"docs/plugin-authors.md": "the install test, with installed templates"}
+
+# Beginnings of commands that do not run here, with the reason.
+NOT_RUN = {
+    "scripts/": "installs packages; run before every change lands",
+    "cmake --preset": "builds the whole project, as the run of this test has done",
+    "cmake --build": "builds the whole project, as the run of this test has done",
+    "cmake -B build": "builds the whole project, as the run of this test has done",
+    "ctest": "runs this test",
+    "cpack": "run by the install test",
+    "build/debug/unit_tests": "run as tests of their own",
+    "sudo apt-get": "installs packages",
+    "gdb": "interactive",
+    "LD_PRELOAD": "needs a plugin built with the address sanitizer",
+}
+
+PLUGIN_ERROR = '{"error":{"code":2,"message":"a.pem: no such file"}}'
+FATAL_ERROR = (
+    '{"error":[{"name":"errorCode","value":100},{"name":"errorMessage","value":"wrong plugin type"}]}'
+)
+# Examples of the manual pages: page, position in it, standard input and output.
+MANUAL_EXAMPLES = {
+    "print_a_subject": ("docs/certbridge.1", 0, "", "CN=example.org,O=Café Müller\n"),
+    "message_of_a_plugin": ("docs/certbridge.1", 1, PLUGIN_ERROR, "a.pem: no such file\n"),
+    "message_of_a_fatal_error": ("docs/certbridge.1", 1, FATAL_ERROR, "wrong plugin type\n"),
+}
+
+
+def lines_of(block):
+    """The commands of a block; a backslash at the end of a line continues it."""
+    return block.text.replace("\\\n", " ").splitlines()
+
+
+def is_run(command):
+    return not any(command.startswith(beginning) for beginning in NOT_RUN)
+
+
+class Commands(unittest.TestCase):
+    maxDiff = None
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.root = pathlib.Path(folder.name)
+        (self.root / "build").mkdir()
+        (self.root / "build/release").symlink_to(BUILD)
+        for name in ("examples", "certbridge"):
+            (self.root / name).symlink_to(SOURCE / name)
+        self.options = {
+            "cwd": self.root,
+            "env": dict(os.environ, HOME=folder.name, PATH=f"{BUILD}:{os.environ['PATH']}"),
+        }
+
+    def run_script(self, commands, stdin=""):
+        result = subprocess.run(
+            ["bash", "-e", "-c", "\n".join(commands)],
+            input=stdin,
+            stdout=subprocess.PIPE,
+            stderr=subprocess.STDOUT,
+            encoding="utf-8",
+            **self.options,
+        )
+        self.assertEqual(result.returncode, 0, result.stdout)
+        return result.stdout
+
+    def check_document(self, name):
+        for block in blocks(read(name)):
+            with self.subTest(line=block.line):
+                if block.language == "console":
+                    self.assertEqual(repeat(block.text, **self.options), block.text)
+                elif block.language == "sh" and not block.text.startswith("#!"):
+                    self.run_script(filter(is_run, lines_of(block)))
+
+    def check_manual_example(self, page, position, stdin, output):
+        (self.root / "a.pem").symlink_to(SOURCE / "examples/sample.pem")
+        (self.root / "certificate_file_plugin.so").symlink_to(BUILD / "certificate_file_plugin.so")
+        example = manual_examples(read(page))[position]
+        self.assertEqual(self.run_script([example], stdin), output)
+
+    def test_every_exception_is_needed(self):
+        commands = [
+            line
+            for name in DOCUMENTS
+            for block in blocks(read(name))
+            if block.language == "sh"
+            for line in lines_of(block)
+        ]
+        unused = [
+            beginning
+            for beginning in NOT_RUN
+            if not any(command.startswith(beginning) for command in commands)
+        ]
+        self.assertEqual(unused, [])
+
+
+for document in DOCUMENTS:
+    if document not in TESTED_ELSEWHERE:
+        test = lambda self, name=document: self.check_document(name)
+        setattr(Commands, f"test_{document}", test)
+for label, row in MANUAL_EXAMPLES.items():
+    setattr(Commands, f"test_{label}", lambda self, row=row: self.check_manual_example(*row))
+
+unittest.main(argv=sys.argv[:1])
