@@ -3,28 +3,31 @@
 #include <cstddef>
 #include <cstdint>
 
-// Numbers as the writer gives them. Private to the JSON library.
+// Decimal texts of numbers, made in integers only, so that the state of the floating-point unit
+// does not matter. Private to the library.
 
 namespace vexil {
 
-/// Room that writeInteger() must find.
+/// Minimum size of the buffer passed to writeInteger(): it may write that many bytes, whatever the
+/// length of the text.
 constexpr std::size_t integerTextSize = 16;
 
-/// Writes the decimal text and returns the place behind it. Behind that, the room is left with
-/// anything.
-char* writeInteger(char* aDest, std::int32_t aValue);
+/// Writes the decimal text and returns one past its last character. The contents of the buffer
+/// after that are unspecified.
+[[nodiscard]] char* writeInteger(char* aDest, std::int32_t aValue);
 
-/// Room that writeFloat() must find.
+/// Minimum size of the buffer passed to writeFloat(), likewise.
 constexpr std::size_t floatTextSize = 32;
 
 struct FloatText {
-    char* end;             ///< the place behind the text
-    bool looksLikeInteger; ///< there is no '.' and no 'e' in it
+    char* end;             ///< one past the last character
+    bool looksLikeInteger; ///< the text contains neither '.' nor 'e'
 };
 
-/// Writes the text that printf gives a double for "%g" in the C locale: six significant digits
-/// without trailing zeros, the shorter of fixed and exponent notation, two exponent digits at
-/// least. Behind that, the room is left with anything.
-FloatText writeFloat(char* aDest, double aValue);
+/// Writes the text that printf produces for "%g" in the C locale: six significant digits without
+/// trailing zeros, the shorter of fixed and exponent notation, at least two exponent digits; "inf"
+/// and "nan", with a '-' if the sign is set. The contents of the buffer after the text are
+/// unspecified.
+[[nodiscard]] FloatText writeFloat(char* aDest, double aValue);
 
 } // namespace vexil

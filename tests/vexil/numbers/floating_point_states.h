@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cfenv>
+#include <cfloat>
+
+#if defined(__SSE2__)
+#include <xmmintrin.h>
+#endif
+#if defined(__x86_64__) || defined(__i386__)
+#if __has_include(<fpu_control.h>)
+#include <fpu_control.h>
+#endif
+#endif
+
+// States in which a library may leave the floating-point unit of the thread. Each function enters
+// one and returns false where the processor or the runtime does not offer it.
+
+inline bool enterSinglePrecision() {
+#if defined(_FPU_SETCW)
+    fpu_control_t control = 0x007F; // all exceptions masked, 24 bits, round to nearest
+    _FPU_SETCW(control);
+    return true;
+#elif defined(_MCW_PC) && defined(__i386__)
+    _controlfp(_PC_24, _MCW_PC);
+    return true;
+#else
+    return false;
+#endif
+}
+
+inline bool flushToZero() {
+#if defined(__SSE2__)
+    _mm_setcsr(_mm_getcsr() | 0x8040); // results and operands
+    return true;
+#else
+    return false;
+#endif
+}
+
+template <int direction>
+bool roundTo() {
+    return std::fesetround(direction) == 0;
+}
+
+inline bool enableTraps() {
+#if defined(__GLIBC__)
+    return feenableexcept(FE_ALL_EXCEPT) != -1;
+#elif defined(_MCW_EM)
+    _controlfp(0, _MCW_EM);
+    return true;
+#else
+    return false;
+#endif
+}
