@@ -91,8 +91,8 @@ public:
     [[nodiscard]] virtual JsonValue* clone() const = 0;
 
     /// @{
-    /// Create a new value, owned by the caller. They throw std::bad_alloc; the factories of strings
-    /// copy @p aText, a pointer up to its terminating zero byte.
+    /// Create a new value, owned by the caller. They throw std::bad_alloc. The factories of strings
+    /// copy the text; a pointer is read up to the terminating zero byte.
     [[nodiscard]] static JsonValue* createNull();
     [[nodiscard]] static JsonValue* createBoolean(bool aValue);
     [[nodiscard]] static JsonValue* createInteger(std::int32_t aValue);
