@@ -1,4 +1,4 @@
-# certbridge_hardening: the interface target linked by what is shipped.
+# certbridge_hardening: the protections of the binaries; linked by all that is installed.
 add_library(certbridge_hardening INTERFACE)
 if(MSVC)
   target_link_options(certbridge_hardening INTERFACE /NXCOMPAT /DYNAMICBASE)

@@ -1,5 +1,5 @@
-# What `cmake --install` and `cpack` deliver, in two components: runtime, the programs, and
-# development, what it takes to write a plugin or to use the library.
+# Two components: runtime, the programs, and development, the files needed to write a plugin or to use
+# the library.
 include(CMakePackageConfigHelpers)
 
 set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/certbridge")
@@ -11,15 +11,17 @@ install(FILES LICENSE CHANGELOG.md docs/protocol.md
 install(FILES docs/certbridge.1 docs/certbridge-check.1
   DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT runtime)
 
-install(TARGETS vexil EXPORT vexil-targets
-  ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development)
+install(TARGETS ${vexil_library} EXPORT vexil-targets
+  ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development
+  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT development)
 install(TARGETS certbridge_plugin EXPORT certbridge-targets
   ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development)
-# The public headers; all others are the library's own business.
+# The public headers; the others are private.
 install(FILES certbridge/plugin.h DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/certbridge" COMPONENT development)
 install(FILES
   vexil/dynamic_library.h
   vexil/exceptions.h
+  vexil/export.h
   vexil/format_to_memory.h
   vexil/non_copyable.h
   vexil/streams.h
@@ -38,7 +40,7 @@ install(FILES
   vexil/numbers/powers_of_five.h
   DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/vexil/numbers" COMPONENT development)
 
-# Not with the documents, which small systems leave out of their packages.
+# Not with the documents, which minimal systems do not install.
 install(DIRECTORY examples/plugin_template
   DESTINATION "${CMAKE_INSTALL_DATADIR}/certbridge" COMPONENT development)
 install(FILES docs/plugin-authors.md
@@ -48,13 +50,13 @@ install(EXPORT vexil-targets NAMESPACE vexil::
   DESTINATION "${package_folder}" COMPONENT development)
 install(EXPORT certbridge-targets NAMESPACE certbridge::
   DESTINATION "${package_folder}" COMPONENT development)
-write_basic_package_version_file("${CMAKE_BINARY_DIR}/certbridge-config-version.cmake"
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/certbridge-config-version.cmake"
   COMPATIBILITY SameMajorVersion)
 install(FILES
-  cmake/certbridge-config.cmake "${CMAKE_BINARY_DIR}/certbridge-config-version.cmake"
+  cmake/certbridge-config.cmake "${PROJECT_BINARY_DIR}/certbridge-config-version.cmake"
   DESTINATION "${package_folder}" COMPONENT development)
 
-# The path back from the file makes it right wherever the tree is moved to.
+# A path relative to the file keeps the tree relocatable.
 file(RELATIVE_PATH path_to_prefix
   "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
 set(link_options "-lvexil")
@@ -62,5 +64,5 @@ foreach(library IN LISTS CMAKE_DL_LIBS)
   string(APPEND link_options " -l${library}")
 endforeach()
 configure_file(cmake/certbridge.pc.in certbridge.pc @ONLY)
-install(FILES "${CMAKE_BINARY_DIR}/certbridge.pc"
+install(FILES "${PROJECT_BINARY_DIR}/certbridge.pc"
   DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)

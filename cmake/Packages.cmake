@@ -1,9 +1,9 @@
-# What `cpack` makes of an installed tree: two .deb packages, or a .zip for Windows.
+# Configures `cpack`: two .deb packages, or a .zip for Windows.
 set(CERTBRIDGE_CONTACT "certbridge authors <maintainers@certbridge.example>" CACHE STRING
   "Maintainer that the packages name")
 set(CPACK_PACKAGE_CONTACT "${CERTBRIDGE_CONTACT}")
 set(CPACK_PACKAGE_VENDOR "certbridge authors")
-set(CPACK_PACKAGE_DIRECTORY "${CMAKE_BINARY_DIR}/packages")
+set(CPACK_PACKAGE_DIRECTORY "${PROJECT_BINARY_DIR}/packages")
 set(CPACK_RESOURCE_FILE_LICENSE "${PROJECT_SOURCE_DIR}/LICENSE")
 set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_STRIP_FILES ON)

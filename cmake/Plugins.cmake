@@ -1,4 +1,4 @@
-# add_plugin(NAME SOURCE...): a library as certbridge loads it, NAME.so or NAME.dll.
+# add_plugin(NAME SOURCE...): a library for certbridge to load, NAME.so or NAME.dll.
 function(add_plugin name)
   add_library(${name} MODULE ${ARGN})
   set_target_properties(${name} PROPERTIES PREFIX "")

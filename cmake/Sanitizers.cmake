@@ -1,5 +1,5 @@
-# With CERTBRIDGE_SANITIZE everything is built with the sanitizers; the first finding ends the run.
-# With CERTBRIDGE_FUZZ as well, and the fuzzer sees where each input goes.
+# CERTBRIDGE_SANITIZE builds everything with the sanitizers; the first finding aborts the program.
+# CERTBRIDGE_FUZZ adds the instrumentation that guides the fuzzer.
 if(CERTBRIDGE_SANITIZE OR CERTBRIDGE_FUZZ)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all
     -fno-omit-frame-pointer -O1 -g1)

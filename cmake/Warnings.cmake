@@ -1,4 +1,4 @@
-# certbridge_warnings: the interface target that every target of ours links for its warning flags.
+# certbridge_warnings: the warning flags; linked by every target of this project.
 add_library(certbridge_warnings INTERFACE)
 if(MSVC)
   target_compile_options(certbridge_warnings INTERFACE /W4 /utf-8

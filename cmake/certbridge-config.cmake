@@ -1,5 +1,5 @@
 # vexil::vexil            the support library
-# certbridge::plugin      what a plugin links: the include folder of certbridge/plugin.h
+# certbridge::plugin      the include folder of <certbridge/plugin.h>, for plugins
 # certbridge::certbridge  the program
 # certbridge::check       the checker of plugins, certbridge-check
 include("${CMAKE_CURRENT_LIST_DIR}/vexil-targets.cmake")

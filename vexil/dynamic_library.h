@@ -1,5 +1,6 @@
 #pragma once
 
+#include "vexil/export.h"
 #include "vexil/non_copyable.h"
 #include "vexil/unicode_strings.h"
 
@@ -9,7 +10,7 @@ namespace vexil {
 
 /// Owner of one dynamically loaded library; unloads it when it ends. Failures are results with a
 /// text, not exceptions; only running out of memory is thrown. One thread at a time.
-class DynamicLibrary : private NonCopyable {
+class VEXIL_API DynamicLibrary : private NonCopyable {
 public:
     DynamicLibrary();
     ~DynamicLibrary();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "vexil/export.h"
+
 #include <stdexcept>
 #include <string>
 
@@ -11,50 +13,50 @@ namespace vexil {
 ///
 /// Messages have three forms: "Class::operation(): problem" inside an operation, "Class: problem"
 /// in a constructor, and the problem alone inside the JSON reader, writer and values.
-class Exception : public std::runtime_error {
+class VEXIL_API Exception : public std::runtime_error {
 public:
     /// @p aMessage is what what() will return.
     explicit Exception(const std::string& aMessage) : std::runtime_error(aMessage) {}
 };
 
 /// An argument outside its range: a negative length or position, an unknown flag or encoding.
-class InvalidArgument : public Exception {
+class VEXIL_API InvalidArgument : public Exception {
 public:
     using Exception::Exception;
 };
 
 /// Text that is not valid in its encoding, or a formatting call of the runtime that failed.
-class EncodingError : public Exception {
+class VEXIL_API EncodingError : public Exception {
 public:
     using Exception::Exception;
 };
 
 /// Formatted text that needs more room than the limit set for it.
-class FormatLimitExceeded : public Exception {
+class VEXIL_API FormatLimitExceeded : public Exception {
 public:
     using Exception::Exception;
 };
 
 /// A length or position that does not fit the type that must hold it.
-class Overflow : public Exception {
+class VEXIL_API Overflow : public Exception {
 public:
     using Exception::Exception;
 };
 
 /// JSON text that does not follow the grammar.
-class JsonParserError : public Exception {
+class VEXIL_API JsonParserError : public Exception {
 public:
     using Exception::Exception;
 };
 
 /// An operation asked of a JSON value whose kind does not have it.
-class UnsupportedFunction : public Exception {
+class VEXIL_API UnsupportedFunction : public Exception {
 public:
     using Exception::Exception;
 };
 
 /// A stream operation that the stream class does not provide.
-class NotImplemented : public Exception {
+class VEXIL_API NotImplemented : public Exception {
 public:
     using Exception::Exception;
 };

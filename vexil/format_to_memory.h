@@ -1,5 +1,6 @@
 #pragma once
 
+#include "vexil/export.h"
 #include "vexil/non_copyable.h"
 
 #include <cstdarg>
@@ -13,7 +14,7 @@ namespace vexil {
 /// Works on runtimes whose bounded formatting returns the length that was needed (standard) and on
 /// those that return a negative number and leave the text unterminated (legacy). The first object
 /// of the process finds out which; not safe if two threads do that at once.
-class FormatToMemory : private NonCopyable {
+class VEXIL_API FormatToMemory : private NonCopyable {
 public:
     /// @p aLimit is the largest buffer in bytes, the terminating null included; 0 means no limit.
     /// Throws InvalidArgument "FormatToMemory: invalid argument aLimit" if it is negative,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "vexil/export.h"
 #include "vexil/non_copyable.h"
 
 #include <cstddef>
@@ -9,7 +10,7 @@
 namespace vexil {
 
 /// Source of bytes. Lengths and positions count bytes. One thread at a time.
-class InputStream {
+class VEXIL_API InputStream {
 public:
     virtual ~InputStream() = default;
 
@@ -30,7 +31,7 @@ public:
 };
 
 /// Sink of bytes. Lengths and positions count bytes. One thread at a time.
-class OutputStream {
+class VEXIL_API OutputStream {
 public:
     virtual ~OutputStream() = default;
 
@@ -52,7 +53,7 @@ public:
 
 /// A read-only block of bytes that somebody else owns, as MemoryInputStream takes it.
 /// Both constructors throw Overflow "ByteRange: string too long" at 4 GiB or more.
-class ByteRange {
+class VEXIL_API ByteRange {
 public:
     /// The bytes of @p aText, which must stay as it is while the range is in use.
     explicit ByteRange(const std::string& aText);
@@ -72,7 +73,7 @@ private:
 /// Reads bytes from a block of memory that somebody else owns.
 /// The block must outlive the stream, which never copies, changes or frees it.
 /// A refused call leaves the position where it was.
-class MemoryInputStream final : public InputStream, private NonCopyable {
+class VEXIL_API MemoryInputStream final : public InputStream, private NonCopyable {
 public:
     /// Stands on the first of the @p aSize bytes at @p aData.
     MemoryInputStream(const void* aData, std::uint32_t aSize);
@@ -112,7 +113,7 @@ private:
 
 /// Appends bytes to a standard string that somebody else owns and that must outlive the stream.
 /// Never clears or shortens the string. A refused write appends nothing.
-class StringOutputStream final : public OutputStream, private NonCopyable {
+class VEXIL_API StringOutputStream final : public OutputStream, private NonCopyable {
 public:
     /// Appends to @p aTarget, which is borrowed.
     explicit StringOutputStream(std::string* aTarget);

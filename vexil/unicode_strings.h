@@ -1,5 +1,7 @@
 #pragma once
 
+#include "vexil/export.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -18,7 +20,7 @@ enum OctetEncoding : std::int32_t {
 };
 
 /// What the two string classes share: validation of code points and of UTF-16 units.
-class UnicodeStringBase {
+class VEXIL_API UnicodeStringBase {
 public:
     virtual ~UnicodeStringBase() = default;
 
@@ -40,7 +42,7 @@ protected:
 /// What the two string classes share: the block of units, where it lies and how it grows. The units
 /// are followed by a zero unit that is not counted. Owns its block; neither copied nor assigned.
 template <class Unit>
-class UnicodeStringOf : public UnicodeStringBase {
+class VEXIL_API UnicodeStringOf : public UnicodeStringBase {
 public:
     ~UnicodeStringOf() override;
 
@@ -92,7 +94,7 @@ extern template class UnicodeStringOf<std::uint16_t>;
 /// 67108861 code points where it has to grow: growing past that throws Overflow
 /// "UnicodeString32::alloc(): string too long". A failed operation leaves the content as it was,
 /// unless said otherwise.
-class UnicodeString32 : public UnicodeStringOf<std::uint32_t> {
+class VEXIL_API UnicodeString32 : public UnicodeStringOf<std::uint32_t> {
 public:
     UnicodeString32() = default;
     /// As assignOctets() on an empty string.
@@ -154,7 +156,7 @@ public:
 /// A zero-terminated sequence of UTF-16 code units; pairing is not checked here. At most 134217725
 /// units where it has to grow: growing past that throws Overflow
 /// "UnicodeString16::alloc(): string too long". A failed operation leaves the content as it was.
-class UnicodeString16 : public UnicodeStringOf<std::uint16_t> {
+class VEXIL_API UnicodeString16 : public UnicodeStringOf<std::uint16_t> {
 public:
     UnicodeString16() = default;
     /// Copies the units before the first zero unit.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "vexil/export.h"
 #include "vexil/json/json_tokenizer.h"
 #include "vexil/json/json_value.h"
 #include "vexil/non_copyable.h"
@@ -12,7 +13,7 @@ namespace vexil {
 
 /// Builds a tree of values from the tokens of a JsonTokenizer. Nesting depth is limited by memory
 /// only. Not thread-safe.
-class JsonParser : private NonCopyable {
+class VEXIL_API JsonParser : private NonCopyable {
 public:
     /// @p aTokenizer is borrowed and must outlive the parser. Its nextToken() must have been called
     /// once, so that it is positioned on the first token. No option is defined: pass 0 for
@@ -41,6 +42,6 @@ private:
 };
 
 /// Parses a text that consists of exactly one value. Throws as JsonParser::parse() does.
-[[nodiscard]] std::unique_ptr<JsonValue> parseJsonText(const ByteRange& aText);
+[[nodiscard]] VEXIL_API std::unique_ptr<JsonValue> parseJsonText(const ByteRange& aText);
 
 } // namespace vexil

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "vexil/export.h"
 #include "vexil/non_copyable.h"
 #include "vexil/streams.h"
 
@@ -39,7 +40,7 @@ enum class JsonToken : std::int32_t {
 /// The tokenizer is always one byte ahead: after a token, the stream is positioned one byte past
 /// the character that follows it, unless the input has ended. Other streams than MemoryInputStream
 /// are read one byte at a time. Not thread-safe.
-class JsonTokenizer : private NonCopyable {
+class VEXIL_API JsonTokenizer : private NonCopyable {
 public:
     /// Option bits.
     enum Flags : std::int32_t {

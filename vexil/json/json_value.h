@@ -1,5 +1,6 @@
 #pragma once
 
+#include "vexil/export.h"
 #include "vexil/non_copyable.h"
 
 #include <cstdint>
@@ -35,7 +36,7 @@ enum class JsonType : std::int32_t {
 /// are used, never their type. While one of their operations runs, it must not modify the tree that
 /// the value belongs to, nor the writer, stream or target string to which the tree is being
 /// written.
-class JsonValue : private NonCopyable {
+class VEXIL_API JsonValue : private NonCopyable {
 public:
     virtual ~JsonValue() = default;
 
@@ -108,7 +109,7 @@ protected:
 };
 
 /// Base of all kinds: throws UnsupportedFunction for every operation except getType() and clone().
-class JsonValueDefault : public JsonValue {
+class VEXIL_API JsonValueDefault : public JsonValue {
 public:
     std::uint32_t getSize() const override;
     bool getBoolean() const override;

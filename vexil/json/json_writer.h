@@ -1,5 +1,6 @@
 #pragma once
 
+#include "vexil/export.h"
 #include "vexil/json/json_value.h"
 #include "vexil/non_copyable.h"
 #include "vexil/streams.h"
@@ -14,7 +15,7 @@ namespace vexil {
 /// memory only. Floats have six significant digits and always a decimal point or an exponent of at
 /// least two digits, independent of the locale; infinities and NaN are written as the runtime
 /// formats them, which is not JSON. Not thread-safe.
-class JsonWriter : private NonCopyable {
+class VEXIL_API JsonWriter : private NonCopyable {
 public:
     /// Option bits.
     enum Flags : std::int32_t {
@@ -45,6 +46,6 @@ private:
 };
 
 /// Returns the text of @p aValue. Throws what JsonWriter::write() throws, and std::bad_alloc.
-[[nodiscard]] std::string writeJsonText(const JsonValue& aValue);
+[[nodiscard]] VEXIL_API std::string writeJsonText(const JsonValue& aValue);
 
 } // namespace vexil
