@@ -36,7 +36,7 @@ NOT_RUN = {
     "cmake -B build": "builds the whole project, as the run of this test has done",
     "ctest": "runs this test",
     "cpack": "run by the install test",
-    "build/debug/unit_tests": "run as tests of their own",
+    "build/debug/": "runs unit tests",
     "sudo apt-get": "installs packages",
     "gdb": "interactive",
     "LD_PRELOAD": "needs a plugin built with the address sanitizer",
