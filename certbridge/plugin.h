@@ -1,31 +1,54 @@
 /// @file
-/// What a plugin includes: the class Plugin and the function GetPlugin().
-#pragma once
-
-#include <cstdint>
-
-/// The contract between certbridge and a certificate plugin: all that a plugin includes.
+/// The contract between certbridge and a certificate plugin, for C (C99) and C++ (C++11).
 ///
-/// A plugin is a dynamic library for the same processor and word size as the program (on Windows:
-/// 32-bit x86) that exports one plain function, GetPlugin, under exactly that name. certbridge
-/// loads it, makes the calls below once each, in this order and on its only thread, and ends:
+/// A plugin is a dynamic library for the processor and word size of the program that exports one
+/// function, GetPlugin(). Each run of certbridge serves one request with these calls, in this
+/// order, each made at most once:
 ///
 ///     GetPlugin()  ->  getPluginType()  ->  getCertificate()
 ///
-/// Every text is NUL-terminated UTF-8 JSON. The program never frees or changes anything of the
-/// plugin's. It unloads the library after a response; after an error it exits with the library
-/// still loaded. Standard input and output are the program's own. An exception must not leave a
-/// plugin: where the program can catch it at all, the run ends with status 2 and no output.
+/// The program guarantees that
+/// - the request has been read and validated before the library is loaded, and standard input is at
+///   its end;
+/// - all calls are made on the only thread of the program, never concurrently, and each of them
+///   starts in the default floating-point environment;
+/// - it reads the reply right after getCertificate() has returned, before it makes any other call;
+/// - it never frees or modifies an object or a text of the plugin;
+/// - it unloads the library after a response; after an error of any kind it exits with the library
+///   still loaded.
 ///
-/// A plugin that is not written in C++ makes the object by hand: its first word is the address of a
-/// table of ten code addresses, the operations below in their order. Each gets the object as its
-/// hidden first argument, on 32-bit Windows in the register ecx (__thiscall). What getCertificate()
-/// returns is not looked at.
+/// In return, a plugin leaves standard output to the program, lets no exception escape, and leaves
+/// no thread running that executes its code once getCertificate() has returned, unless the library
+/// cannot be unloaded (on Linux: linked with -z nodelete).
+///
+/// All texts are NUL-terminated UTF-8 JSON.
+#ifndef CERTBRIDGE_PLUGIN_H
+#define CERTBRIDGE_PLUGIN_H
+
+#ifdef __cplusplus
+#include <cstdint>
+#else
+#include <stdint.h>
+#endif
+
+/// Exports GetPlugin() under its plain name, whatever the default visibility of the project is. The
+/// declaration below applies it, so a definition need not repeat it.
+#if defined(_WIN32)
+#define CERTBRIDGE_EXPORT __declspec(dllexport)
+#elif defined(__GNUC__)
+#define CERTBRIDGE_EXPORT __attribute__((visibility("default")))
+#else
+#define CERTBRIDGE_EXPORT
+#endif
+
+#ifdef __cplusplus
+
+/// The plugin object. A plugin derives from this class alone; a virtual destructor or a second base
+/// class would move the entries of the table of operations.
 class Plugin {
 public:
     /// @{
-    /// Eight entries of the table of operations that certbridge does not call; they are the
-    /// plugin's own, and only there so that the two below are the ninth and the tenth.
+    /// The first eight entries of the table of operations. The program never calls them.
     virtual void reserved1() {}
     virtual void reserved2() {}
     virtual void reserved3() {}
@@ -36,35 +59,35 @@ public:
     virtual void reserved8() {}
     /// @}
 
-    /// Must return 1. Called once, before anything else; with any other result the run ends with
-    /// "wrong plugin type" and nothing more is called.
+    /// Must return 1. After any other result the run ends with the fatal error "wrong plugin type",
+    /// and nothing else is called.
     virtual std::int32_t getPluginType() = 0;
 
-    /// Answers one request. Called at most once, after getPluginType() returned 1.
+    /// Answers one request. Called after getPluginType() has returned 1.
     ///
-    /// @param aRequest  the request, gone when the call returns:
-    ///   `{"request":[{"name":"file","value":"a.pem"},{"name":"depth","value":1}]}`,
-    ///   one element for each member of the caller's request but "action", in the caller's order,
-    ///   with a value of any JSON type; names may repeat.
-    /// @param aResponse  null on entry; on success set it to a reply
-    ///   `{"response":[{"name":"subject","value":"CN=a"}]}`
-    /// @param aError  null on entry; on failure set it to a reply
+    /// @param aRequest  The request, readable during the call only:
+    ///   `{"request":[{"name":"file","value":"a.pem"},{"name":"depth","value":1}]}`
+    ///   has one element for each member of the caller's request except "action", in the caller's
+    ///   order, with a value of any JSON type. Names may repeat.
+    /// @param aResponse  Null on entry. On success, set it to a reply
+    ///   `{"response":[{"name":"subject","value":"CN=a"}]}`.
+    /// @param aError  Null on entry. On failure, set it to a reply
     ///   `{"error":[{"name":"errorCode","value":7},{"name":"erroMessage","value":"why"}]}`.
-    ///   Once it is set, @p aResponse is never looked at.
+    ///   If it is set, @p aResponse is ignored.
     ///
-    /// The reply stays the plugin's. It is read once, right after the call, and must stay readable
-    /// until the library is unloaded or the process ends; a member of the plugin object will do. In
-    /// a list an element without "value" or without a string "name" is skipped and further members
-    /// are ignored; an element that is no object is an error of the plugin. In an error list the
-    /// names "errorCode" and "erroMessage" (spelt so) reach the caller as "code" and "message"; all
-    /// other names pass unchanged.
+    /// The plugin owns the reply, which must stay readable until the program has read it, right
+    /// after the call. A local variable is gone by then; a member of the plugin object is not.
+    ///
+    /// Elements without a "value" or without a string "name" are skipped, and further members of an
+    /// element are ignored; an element that is not an object is a fatal error. In an error reply
+    /// the names "errorCode" and "erroMessage" (sic) reach the caller as "code" and "message"; all
+    /// other names are passed on unchanged.
     virtual void getCertificate(const char* aRequest, const char** aResponse,
                                 const char** aError) = 0;
 
 protected:
     /// @{
-    /// Nobody makes, copies or destroys a plugin through this class. A virtual destructor would
-    /// take entries of the table.
+    /// The program neither creates nor destroys plugin objects.
     Plugin() = default;
     Plugin(const Plugin&) = default;
     Plugin& operator=(const Plugin&) = default;
@@ -72,8 +95,44 @@ protected:
     /// @}
 };
 
-/// Returns the plugin object, which stays the plugin's and must live as long as the library is
-/// loaded; a static object will do. Called once. The name must be exported undecorated: on Linux a
-/// default build does that, on Windows a module definition file with the line "GetPlugin" under
-/// EXPORTS, or the definition marked __declspec(dllexport).
-extern "C" Plugin* GetPlugin();
+extern "C" {
+
+#else /* C */
+
+/// Calling convention of the operations: that of C++ member functions. On 32-bit Windows it passes
+/// the object in the register ecx; GCC reports the attribute with -Wpedantic, unless
+/// -Wno-attributes is given.
+#if defined(_WIN32) && defined(__i386__)
+#define CERTBRIDGE_CALL __attribute__((__thiscall__))
+#elif defined(_WIN32) && defined(_M_IX86)
+#error "C compiler without the thiscall convention: compile the plugin as C++"
+#else
+#define CERTBRIDGE_CALL
+#endif
+
+/// The plugin object: begins with the address of its table of operations. Further members may
+/// follow in a structure of the plugin that begins with this one.
+typedef struct Plugin {
+    const struct PluginOperations* operations;
+} Plugin;
+
+/// The table of operations. The functions are those of the C++ class above, with the object as
+/// their first argument.
+typedef struct PluginOperations {
+    void (*reserved[8])(void); ///< never called; may be null
+    int32_t(CERTBRIDGE_CALL* getPluginType)(Plugin* aThis);
+    void(CERTBRIDGE_CALL* getCertificate)(Plugin* aThis, const char* aRequest,
+                                          const char** aResponse, const char** aError);
+} PluginOperations;
+
+#endif
+
+/// Returns the plugin object, which the plugin owns and which must exist as long as the library is
+/// loaded; a static object is suitable. A null pointer is a fatal error.
+CERTBRIDGE_EXPORT Plugin* GetPlugin(void);
+
+#ifdef __cplusplus
+} // extern "C"
+#endif
+
+#endif // CERTBRIDGE_PLUGIN_H

@@ -1,5 +1,5 @@
-// Answers every request with the request's own members: a start for a plugin, and handy for
-// trying out a caller. A plugin that looks at its request parses it with a JSON library.
+// Answers every request with the members of the request: the smallest plugin there is, useful for
+// trying out a caller. A plugin that reads its request parses it with a JSON library.
 #include <certbridge/plugin.h>
 
 #include <cstring>
@@ -18,12 +18,13 @@ public:
             mReply = std::string("{\"response\":") + std::strchr(aRequest, '[');
             *aResponse = mReply.c_str();
         } catch (const std::exception&) {
-            *aError = R"({"error":[{"name":"erroMessage","value":"out of memory"}]})";
+            *aError = R"({"error":[{"name":"errorCode","value":1},)"
+                      R"({"name":"erroMessage","value":"out of memory"}]})"; // sic
         }
     }
 
 private:
-    std::string mReply; // certbridge reads it after the call
+    std::string mReply; // certbridge reads it right after the call
 };
 
 } // namespace

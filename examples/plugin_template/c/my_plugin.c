@@ -1,6 +1,10 @@
-// A plugin to start from, in C and without any library: answers with the certificate in the PEM
-// file that the request's member "file" names. Replace answer() and the codes. A plugin that reads
-// more than a text or two from its request is better off with a JSON library.
+// Plugin template in C, without a JSON library: answers with the certificate in the PEM file that
+// the member "file" of the request names. Replace answer() and the error codes. A plugin that reads
+// more than one or two texts from its request should use a JSON library.
+//
+//     gcc -shared -fPIC -o my_plugin.so my_plugin.c
+#include <certbridge/plugin.h>
+
 #include <stdbool.h>
 #include <stddef.h>
 #include <stdint.h>
@@ -8,20 +12,21 @@
 #include <stdlib.h>
 #include <string.h>
 
-// Callers decide by these numbers: once published, a number keeps its meaning.
+// Callers make decisions by these numbers: once published, a number keeps its meaning.
 enum ErrorCode {
-    InvalidRequest = 1, // "file" is missing or no file name
+    InvalidRequest = 1, // "file" is missing or not a file name
     NotReadable = 2,    // the file cannot be opened or read, or is too large
-    NoCertificate = 3   // the file holds no certificate in PEM form
+    NoCertificate = 3   // the file contains no certificate in PEM form
 };
 
-// ---- The reply. Certbridge reads it after the call, so it must not lie on the stack. A static
-// array needs no memory that could run out and nobody to free it.
+// ---- The reply. certbridge reads it after the call, so it must not be on the stack. A static
+// array never has to be allocated or freed.
 
 static char reply[65536];
 static size_t replyLength;
 
-// What does not fit is left out; a reply that fills the array has no room for its end.
+// Drops the character if the array is full. A full array is an error, since the terminating NUL
+// does not fit; see getCertificate().
 static void put(char aCharacter) {
     if (replyLength < sizeof(reply)) reply[replyLength++] = aCharacter;
 }
@@ -30,7 +35,7 @@ static void putJson(const char* aJson) {
     while (*aJson != '\0') put(*aJson++);
 }
 
-// The inside of a JSON string. aText must be valid UTF-8.
+// Appends the contents of a JSON string. aText must be valid UTF-8.
 static void putEscaped(const char* aText) {
     static const char digits[] = "0123456789abcdef";
     for (; *aText != '\0'; ++aText) {
@@ -46,7 +51,7 @@ static void putEscaped(const char* aText) {
     }
 }
 
-// For names that need no escapes.
+// Appends an element of the list. aName must not need escapes.
 static void putElement(const char* aName, const char* aText) {
     putJson("{\"name\":\"");
     putJson(aName);
@@ -55,26 +60,25 @@ static void putElement(const char* aName, const char* aText) {
     putJson("\"}");
 }
 
-// Leaves an error in the reply, which has room for the longest file name. Returns false: it is no
-// response.
+// Makes the reply an error about aSubject, which is at most a file name. Returns false, since the
+// reply is not a response.
 static bool fail(enum ErrorCode aCode, const char* aSubject, const char* aProblem) {
     char code[16];
     snprintf(code, sizeof(code), "%d", (int)aCode);
     replyLength = 0;
     putJson("{\"error\":[{\"name\":\"errorCode\",\"value\":");
     putJson(code);
-    putJson("},{\"name\":\"erroMessage\",\"value\":\""); // the contract spells it so
+    putJson("},{\"name\":\"erroMessage\",\"value\":\""); // sic
     putEscaped(aSubject);
     putEscaped(aProblem);
     putJson("\"}]}");
     return false;
 }
 
-// ---- The request: {"request":[{"name":"file","value":"a.pem"}, ...]}, as certbridge writes it:
-// without white space, and with no characters escaped but controls, quotation marks and
-// backslashes.
+// ---- The request: {"request":[{"name":"file","value":"a.pem"}, ...]}. certbridge writes it
+// without white space and escapes only control characters, quotation marks and backslashes.
 
-// Moves past aText if it comes next.
+// Skips aText if the input continues with it.
 static bool accept(const char** aAt, const char* aText) {
     const size_t length = strlen(aText);
     if (strncmp(*aAt, aText, length) != 0) return false;
@@ -82,13 +86,13 @@ static bool accept(const char** aAt, const char* aText) {
     return true;
 }
 
-// Returns the place behind the element that begins at aAt, however deep the values in it are.
+// Returns the position after the element that begins at aAt, whatever its values contain.
 static const char* skipElement(const char* aAt) {
     size_t depth = 0;
     bool inString = false;
     do {
         if (*aAt == '\\')
-            ++aAt; // whatever it escapes is not the end of the string
+            ++aAt; // an escaped quotation mark does not end the string
         else if (*aAt == '"')
             inString = !inString;
         else if (!inString && (*aAt == '{' || *aAt == '['))
@@ -100,7 +104,7 @@ static const char* skipElement(const char* aAt) {
     return aAt;
 }
 
-// The character that the escape at *aAt means; leaves *aAt on the last one that belongs to it.
+// Decodes the escape sequence at *aAt and moves *aAt to its last character.
 static char readEscape(const char** aAt) {
     static const char letters[] = "btnfr";
     static const char controls[] = "\b\t\n\f\r";
@@ -115,8 +119,8 @@ static char readEscape(const char** aAt) {
     return controls[found - letters];
 }
 
-// Copies the JSON string at aAt. Returns false if there is none, if it does not fit, or if it holds
-// a NUL, which would cut it.
+// Copies the JSON string at aAt. Returns false if there is no string, if it does not fit, or if it
+// contains a NUL, at which system calls would truncate it.
 static bool readText(const char* aAt, char* aDest, size_t aSize) {
     size_t length = 0;
     if (*aAt++ != '"') return false;
@@ -130,7 +134,7 @@ static bool readText(const char* aAt, char* aDest, size_t aSize) {
     return true;
 }
 
-// Copies the text of the first member "file".
+// Copies the value of the first member "file".
 static bool readFileName(const char* aRequest, char* aDest, size_t aSize) {
     if (!accept(&aRequest, "{\"request\":[")) return false;
     while (*aRequest == '{') {
@@ -142,10 +146,10 @@ static bool readFileName(const char* aRequest, char* aDest, size_t aSize) {
     return false;
 }
 
-// ---- What this plugin does
+// ---- The task of this plugin
 
-// Fills aDest with the text of the file. Windows takes the name in the active code page, not in
-// UTF-8: there this serves for plain ASCII.
+// Reads the file as a string. On Windows fopen() expects the name in the active code page instead
+// of UTF-8, so only ASCII names work there.
 static bool readFile(const char* aName, char* aDest, size_t aSize) {
     FILE* const file = fopen(aName, "rb");
     if (!file) return false;
@@ -156,21 +160,21 @@ static bool readFile(const char* aName, char* aDest, size_t aSize) {
     return isRead;
 }
 
-// Returns the certificate in aText, which is cut behind it; null if there is none.
+// Returns the certificate in aText, terminated by a NUL written to aText; null if there is none.
 static const char* findCertificate(char* aText) {
     static const char endLine[] = "-----END CERTIFICATE-----";
     char* const begin = strstr(aText, "-----BEGIN CERTIFICATE-----");
     char* const end = begin ? strstr(begin, endLine) : NULL;
     if (!end) return NULL;
     end[sizeof(endLine) - 1] = '\0';
-    // A reply must be valid UTF-8: look at bytes from outside before they go there.
+    // A reply must be valid UTF-8: check all external bytes before they are copied to it.
     for (const char* at = begin; *at != '\0'; ++at) {
         if ((unsigned char)*at >= 0x7F) return NULL;
     }
     return begin;
 }
 
-// Leaves a response in the reply, or an error; returns whether it is a response.
+// Makes the reply a response or an error; returns whether it is a response.
 static bool answer(const char* aRequest) {
     static char fileName[4096];
     static char text[32768];
@@ -191,18 +195,15 @@ static bool answer(const char* aRequest) {
     return true;
 }
 
-// ---- The contract: an object whose first word points to a table of ten addresses
+// ---- The contract
 
-typedef void (*Operation)(void);
-
-// MEMBER_CALL is how an operation gets its object; see CMakeLists.txt.
-static int32_t MEMBER_CALL getPluginType(void* aThis) {
+static int32_t CERTBRIDGE_CALL getPluginType(Plugin* aThis) {
     (void)aThis;
     return 1;
 }
 
-static void MEMBER_CALL getCertificate(void* aThis, const char* aRequest, const char** aResponse,
-                                       const char** aError) {
+static void CERTBRIDGE_CALL getCertificate(Plugin* aThis, const char* aRequest,
+                                           const char** aResponse, const char** aError) {
     (void)aThis;
     bool isResponse = answer(aRequest);
     if (replyLength == sizeof(reply)) {
@@ -212,11 +213,10 @@ static void MEMBER_CALL getCertificate(void* aThis, const char* aRequest, const 
     *(isResponse ? aResponse : aError) = reply;
 }
 
-// The first eight are never called.
-static const Operation operations[10] = {
-    [8] = (Operation)getPluginType, [9] = (Operation)getCertificate};
-static const Operation* const plugin = operations;
+static const PluginOperations operations = {.getPluginType = getPluginType,
+                                            .getCertificate = getCertificate};
 
-const void* GetPlugin(void) {
+Plugin* GetPlugin(void) {
+    static Plugin plugin = {&operations};
     return &plugin;
 }

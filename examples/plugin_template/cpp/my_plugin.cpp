@@ -1,5 +1,5 @@
-// A plugin to start from: answers with the certificate in the PEM file that the request's member
-// "file" names. Replace answer() and the codes; what is below them can stay as it is.
+// Plugin template in C++: answers with the certificate in the PEM file that the member "file" of
+// the request names. Replace answer() and the error codes; the code that follows answer() can stay.
 #include "vexil/json/json_parser.h"
 #include "vexil/json/json_value.h"
 #include "vexil/json/json_writer.h"
@@ -22,15 +22,15 @@ using vexil::JsonValue;
 
 namespace {
 
-// Callers decide by these numbers: once published, a number keeps its meaning.
+// Callers make decisions by these numbers: once published, a number keeps its meaning.
 enum class ErrorCode : std::int32_t {
-    InvalidRequest = 1, // "file" is missing or no file name
+    InvalidRequest = 1, // "file" is missing or not a file name
     NotReadable = 2,    // the file cannot be opened or read, or is too large
-    NoCertificate = 3,  // the file holds no certificate in PEM form
+    NoCertificate = 3,  // the file contains no certificate in PEM form
     Internal = 4,
 };
 
-// Thrown anywhere below getCertificate(), it becomes the plugin's error.
+// Thrown anywhere inside getCertificate(); becomes the plugin's error reply.
 class Failure : public std::runtime_error {
 public:
     Failure(ErrorCode aCode, const std::string& aMessage)
@@ -41,7 +41,7 @@ private:
     ErrorCode mCode;
 };
 
-// ---- Values. A container owns what was appended to it; until then a holder does.
+// ---- Values. A holder owns a value until it is appended; then the container owns it.
 
 using Value = std::unique_ptr<JsonValue>;
 
@@ -66,7 +66,8 @@ void addElement(JsonValue& aList, const char* aName, Value aValue) {
 
 // ---- The request: a list of elements with "name" and "value"
 
-// The text of the first element of this name; empty if there is none, or something else.
+// Returns the text of the first element with this name; empty if there is none or its value is not
+// a string.
 std::string getText(const JsonValue& aRequest, const char* aName) {
     for (std::uint32_t index = 0; index < aRequest.getSize(); ++index) {
         const JsonValue& element = *aRequest.getValueAt(index);
@@ -77,21 +78,21 @@ std::string getText(const JsonValue& aRequest, const char* aName) {
     return "";
 }
 
-// ---- What this plugin does
+// ---- The task of this plugin
 
 constexpr std::int32_t maxFileSize = 32768;
 
 std::string readFile(const std::string& aName) {
-    // A NUL would cut the name: another file than the one that was asked for.
+    // A NUL would truncate the name, and another file would be opened.
     if (aName.empty() || aName.find('\0') != std::string::npos) {
         throw Failure(ErrorCode::InvalidRequest, "member \"file\" must be a file name");
     }
-    // By way of u8string the name is taken as UTF-8 on Windows too.
+    // The conversion through u8string makes Windows interpret the name as UTF-8.
     const std::filesystem::path path(std::u8string(aName.begin(), aName.end()));
     std::ifstream file(path, std::ios::binary);
     std::string text(maxFileSize, '\0');
     file.read(text.data(), maxFileSize);
-    // Reading must have met the end, not an error and not its limit.
+    // Otherwise an error has occurred, or the file is larger than the limit.
     if (!file.eof()) throw Failure(ErrorCode::NotReadable, aName + ": cannot be read");
     text.resize(static_cast<std::size_t>(file.gcount()));
     return text;
@@ -108,7 +109,7 @@ std::string readCertificate(const std::string& aFileName) {
     const auto end = text.find(endLine, begin == std::string::npos ? text.size() : begin);
     if (end != std::string::npos) {
         std::string certificate = text.substr(begin, end + endLine.size() - begin);
-        // The writer refuses what is not UTF-8: look at bytes from outside before they go there.
+        // The writer refuses invalid UTF-8: check all external bytes before they reach it.
         if (isPlainText(certificate)) return certificate;
     }
     throw Failure(ErrorCode::NoCertificate, aFileName + ": holds no certificate in PEM form");
@@ -138,11 +139,11 @@ std::string writeError(const Failure& aFailure) {
     Value list(JsonValue::createArray());
     const auto code = static_cast<std::int32_t>(aFailure.getCode());
     addElement(*list, "errorCode", Value(JsonValue::createInteger(code)));
-    addElement(*list, "erroMessage", makeText(aFailure.what())); // the contract spells it so
+    addElement(*list, "erroMessage", makeText(aFailure.what())); // sic
     return writeReply("error", std::move(list));
 }
 
-// Needs no memory, so that running out of it can be told.
+// A constant, since it also reports that memory has run out.
 constexpr const char* internalError = R"({"error":[{"name":"errorCode","value":4},)"
                                       R"({"name":"erroMessage","value":"internal failure"}]})";
 static_assert(static_cast<std::int32_t>(ErrorCode::Internal) == 4);
@@ -153,7 +154,7 @@ class MyPlugin final : public Plugin {
 public:
     std::int32_t getPluginType() override { return 1; }
 
-    // No exception may leave it.
+    // No exception may escape.
     void getCertificate(const char* aRequest, const char** aResponse,
                         const char** aError) override {
         try {
@@ -178,7 +179,7 @@ private:
         }
     }
 
-    std::string mReply; // certbridge reads it after the call
+    std::string mReply; // certbridge reads it right after the call
 };
 
 } // namespace
