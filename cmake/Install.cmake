@@ -19,6 +19,7 @@ install(TARGETS certbridge_plugin EXPORT certbridge-targets
 # The public headers; the others are private.
 install(FILES certbridge/plugin.h DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/certbridge" COMPONENT development)
 install(FILES
+  vexil/assert.h
   vexil/dynamic_library.h
   vexil/exceptions.h
   vexil/export.h

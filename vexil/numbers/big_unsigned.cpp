@@ -20,8 +20,8 @@ std::int32_t significantWords(const std::uint32_t* aWords, std::int32_t aCount) 
     return aCount;
 }
 
-/// Ends a result of @p aCount words with the carry out of them. Storing a 0, too, where there is
-/// room spares a branch that nothing predicts.
+/// Completes a result of @p aCount words with the carry out of them. The carry is stored even if it
+/// is 0, where the capacity allows it, to avoid an unpredictable branch.
 int finish(BigUnsigned& aOut, std::int32_t aCap, std::int32_t aCount, std::uint32_t aCarry) {
     aOut.count = aCount;
     if (aCount == aCap) return aCarry != 0 ? 1 : 0;
@@ -41,7 +41,7 @@ std::uint32_t addMultiple(std::uint32_t* aTo, const BigUnsigned& aA, std::uint32
     return lowWord(carry);
 }
 
-/// aFrom -= a * w over the words of a; returns what the word above still has to lose.
+/// aFrom -= a * w over the words of a; returns the amount to be subtracted from the word above.
 std::uint32_t subtractMultiple(std::uint32_t* aFrom, const BigUnsigned& aA, std::uint32_t aWord) {
     std::int64_t rest = 0; // 0 or below between the words
     std::uint32_t above = 0;
@@ -61,20 +61,22 @@ std::uint32_t shiftedWord(const std::uint32_t* aWords, std::int32_t aIndex, int 
     return lowWord((std::uint64_t{aWords[aIndex]} << wordBits | below) << aShift >> wordBits);
 }
 
-/// Stores the quotient in aQ and returns the remainder.
+/// Stores the quotient in aQ and returns the remainder. The number is not 0.
 std::uint32_t divideByWord(const BigUnsigned& aA, BigUnsigned& aQ, std::uint32_t aWord) {
+    std::int32_t count = aA.count;
     std::uint64_t rest = 0;
-    for (std::int32_t i = aA.count - 1; i >= 0; --i) {
+    if (aA.words[count - 1] < aWord) rest = aA.words[--count];
+    aQ.count = count;
+    for (std::int32_t i = count - 1; i >= 0; --i) {
         rest = rest << wordBits | aA.words[i];
         aQ.words[i] = lowWord(rest / aWord);
         rest %= aWord;
     }
-    aQ.count = significantWords(aQ.words, aA.count);
     return lowWord(rest);
 }
 
-/// Finds one quotient word after the other. The method wants a divisor whose top bit is set, but
-/// only for its estimates: these look at a few words, which are shifted as they are read, so that
+/// Finds one quotient word after the other. The method requires a divisor whose top bit is set, but
+/// only for its estimates: these use a few words, which are shifted as they are read, so that
 /// neither number has to be shifted or copied as a whole.
 class LongDivision {
 public:
@@ -83,7 +85,7 @@ public:
           mTop(shiftedWord(aDivisor.words, aDivisor.count - 1, mShift)),
           mSecond(shiftedWord(aDivisor.words, aDivisor.count - 2, mShift)) {}
 
-    /// The quotient word of weight @p aPos; takes its multiple of the divisor off @p aRest.
+    /// The quotient word of weight @p aPos; subtracts its multiple of the divisor from @p aRest.
     std::uint32_t step(std::uint32_t* aRest, std::int32_t aPos) const {
         std::uint32_t quotient = estimate(aRest, aPos + mDivisor.count);
         if (quotient == 0) return 0;
@@ -100,7 +102,7 @@ public:
 
 private:
     /// The quotient word or one more, from three words of the rest down from @p aTop and two of the
-    /// divisor. The rest is below the divisor in this place, so its first word is at most mTop.
+    /// divisor. The rest is below the divisor at this position, so its first word is at most mTop.
     std::uint32_t estimate(const std::uint32_t* aRest, std::int32_t aTop) const {
         const std::uint32_t first = shiftedWord(aRest, aTop, mShift);
         const std::uint32_t second = shiftedWord(aRest, aTop - 1, mShift);
@@ -136,6 +138,7 @@ int bigCopy(BigUnsigned& aOut, std::int32_t aCap, const BigUnsigned& aA) {
 }
 
 int bigAdd(BigUnsigned& aOut, std::int32_t aCap, const BigUnsigned& aA, const BigUnsigned& aB) {
+    VEXIL_ASSERT(bigIsNormal(aA) && bigIsNormal(aB));
     const auto [shorter, longer] = aA.count < aB.count ? std::pair(aA, aB) : std::pair(aB, aA);
     if (longer.count > aCap) return 1;
     std::uint64_t carry = 0;
@@ -150,6 +153,7 @@ int bigAdd(BigUnsigned& aOut, std::int32_t aCap, const BigUnsigned& aA, const Bi
 
 int bigMultiplyWord(BigUnsigned& aOut, std::int32_t aCap, const BigUnsigned& aA,
                     std::uint32_t aWord) {
+    VEXIL_ASSERT(bigIsNormal(aA));
     const std::int32_t count = aWord != 0 ? aA.count : 0;
     if (count > aCap) return 1;
     std::uint64_t carry = 0;
@@ -163,6 +167,8 @@ int bigMultiplyWord(BigUnsigned& aOut, std::int32_t aCap, const BigUnsigned& aA,
 
 int bigMultiply(BigUnsigned& aOut, std::int32_t aCap, const BigUnsigned& aA,
                 const BigUnsigned& aB) {
+    VEXIL_ASSERT(bigIsNormal(aA) && bigIsNormal(aB));
+    VEXIL_ASSERT(aOut.words != aA.words && aOut.words != aB.words);
     aOut.count = 0;
     if (aA.count == 0 || aB.count == 0) return 0;
     if (aB.count > aCap - aA.count) return 1;
@@ -174,7 +180,9 @@ int bigMultiply(BigUnsigned& aOut, std::int32_t aCap, const BigUnsigned& aA,
     return 0;
 }
 
-int bigShiftLeft(BigUnsigned& aOut, std::int32_t aCap, const BigUnsigned& aA, std::int32_t aBits) {
+int bigShiftLeftLong(BigUnsigned& aOut, std::int32_t aCap, const BigUnsigned& aA,
+                     std::int32_t aBits) {
+    VEXIL_ASSERT(bigIsNormal(aA) && aBits >= 0);
     const std::int32_t skip = aA.count != 0 ? aBits / wordBits : 0;
     const int shift = aBits % wordBits;
     const std::int32_t count = aA.count;
@@ -194,6 +202,7 @@ int bigSetShiftedWord(BigUnsigned& aOut, std::int32_t aCap, std::uint32_t aWord,
 }
 
 int bigShiftRight(BigUnsigned& aOut, std::int32_t aCap, const BigUnsigned& aA, std::int32_t aBits) {
+    VEXIL_ASSERT(bigIsNormal(aA) && aBits >= 0);
     const std::int32_t skip = aBits / wordBits;
     const int shift = aBits % wordBits;
     const std::int32_t count = std::max(aA.count - skip, 0);
@@ -207,6 +216,7 @@ int bigShiftRight(BigUnsigned& aOut, std::int32_t aCap, const BigUnsigned& aA, s
 }
 
 int bigSplit(BigUnsigned& aA, BigUnsigned& aQ, std::int32_t aCapQ, std::int32_t aBits) {
+    VEXIL_ASSERT(aQ.words != aA.words);
     if (bigShiftRight(aQ, aCapQ, aA, aBits) != 0) return 1;
     const std::int32_t whole = aBits / wordBits;
     if (aA.count <= whole) return 0;
@@ -215,21 +225,15 @@ int bigSplit(BigUnsigned& aA, BigUnsigned& aQ, std::int32_t aCapQ, std::int32_t 
     return 0;
 }
 
-int bigDivide(BigUnsigned& aA, std::int32_t aCapA, BigUnsigned& aQ, std::int32_t aCapQ,
-              const BigUnsigned& aD) {
+int bigDivideLong(BigUnsigned& aA, std::int32_t aCapA, BigUnsigned& aQ, std::int32_t aCapQ,
+                  const BigUnsigned& aD) {
+    VEXIL_ASSERT(bigIsNormal(aA) && bigIsNormal(aD) && aA.words != aD.words);
     if (aD.count == 0 || aA.count >= aCapA) return 1;
     aQ.count = 0;
     const std::int32_t extra = aA.count - aD.count;
     if (extra < 0) return 0;
     if (extra == 0 && aA.words[aA.count - 1] < aD.words[aD.count - 1]) return 0;
     if (extra >= aCapQ) return 1;
-    if (aA.count <= 2) {
-        const std::uint64_t dividend = bigToWord64(aA);
-        const std::uint64_t divisor = bigToWord64(aD);
-        bigSetWord64(aQ, aCapQ, dividend / divisor);
-        bigSetWord64(aA, aCapA, dividend % divisor);
-        return 0;
-    }
     if (aD.count == 1) return bigSetWord(aA, aCapA, divideByWord(aA, aQ, aD.words[0]));
     const LongDivision division(aD);
     aA.words[aA.count] = 0; // the word that the first step has above the top
@@ -240,6 +244,7 @@ int bigDivide(BigUnsigned& aA, std::int32_t aCapA, BigUnsigned& aQ, std::int32_t
 }
 
 int bigCompare(const BigUnsigned& aA, const BigUnsigned& aB) {
+    VEXIL_ASSERT(bigIsNormal(aA) && bigIsNormal(aB));
     if (aA.count != aB.count) return aA.count < aB.count ? -1 : 1;
     for (std::int32_t i = aA.count - 1; i >= 0; --i) {
         if (aA.words[i] != aB.words[i]) return aA.words[i] < aB.words[i] ? -1 : 1;
@@ -248,6 +253,7 @@ int bigCompare(const BigUnsigned& aA, const BigUnsigned& aB) {
 }
 
 int bigCompareWithPowerOfTwo(const BigUnsigned& aA, std::int32_t aBits) {
+    VEXIL_ASSERT(bigIsNormal(aA));
     if (aA.count == 0) return -1;
     const std::int32_t highest = bigBitLength(aA) - 1;
     if (highest != aBits) return highest < aBits ? -1 : 1;

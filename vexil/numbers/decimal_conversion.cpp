@@ -2,34 +2,27 @@
 
 #include "vexil/numbers/big_unsigned.h"
 #include "vexil/numbers/powers_of_five.h"
+#include "vexil/numbers/scratch.h"
 
 #include <algorithm>
 #include <bit>
 #include <cerrno>
+#include <cstddef>
+#include <cstring>
 #include <limits>
 
 namespace vexil {
 
 namespace {
 
-// 864 bits: the widest dividend, for 17 digits at the smallest normal numbers, fills 26 words, and
-// the division needs one more. The operations below therefore never refuse.
-constexpr std::int32_t scratchWords = 27;
-
-/// A big integer with its words; not initialised, as every operation sets what it writes.
-struct Scratch {
-    std::uint32_t words[scratchWords];
-    BigUnsigned number{0, words};
-};
-
-/// Of the last bit of the smallest number.
+/// The binary exponent of the last bit of the smallest number.
 constexpr std::int32_t lowestExponent(const BinaryFloatFormat& aFormat) {
     return 2 - aFormat.bias - aFormat.mantissaBits;
 }
 
 enum class Range { Inside, Below, Above };
 
-/// What a text says: digits * 10^exponent, or that it is out of range whatever the digits.
+/// The number of a text, digits * 10^exponent, unless it is out of range whatever the digits.
 struct Decimal {
     const char* end = nullptr; ///< null if there is no number
     bool negative = false;
@@ -55,10 +48,39 @@ constexpr bool isSpace(char aChar) {
     return aChar == ' ' || (aChar >= '\t' && aChar <= '\r');
 }
 
-const char* skipDigits(const char* aText) {
-    while (isDigit(*aText)) ++aText;
-    return aText;
+/// Text whose characters are read from the front.
+struct Text {
+    const char* next;
+    const char* end;
+
+    /// The next character; a null at the end.
+    char peek() const { return next != end ? *next : '\0'; }
+    bool skip(char aChar) {
+        const bool isNext = peek() == aChar;
+        next += isNext ? 1 : 0;
+        return isNext;
+    }
+};
+
+/// Whether the eight characters are digits (after Daniel Lemire's fast_float): adding 6 carries out
+/// of the low half of a byte exactly if that is above 9.
+constexpr bool areDigits(std::uint64_t aEight) {
+    constexpr std::uint64_t highHalves = 0xF0F0F0F0F0F0F0F0;
+    const std::uint64_t carried = aEight + 0x0606060606060606;
+    return ((aEight & highHalves) | (carried & highHalves) >> 4) == 0x3333333333333333;
 }
+
+/// The value of eight digits, the first in the least significant byte: neighbours are combined into
+/// pairs, fours and eights.
+constexpr std::uint64_t valueOfDigits(std::uint64_t aEight) {
+    aEight -= 0x3030303030303030;
+    aEight = (aEight * 10 + (aEight >> 8)) & 0x00FF00FF00FF00FF;
+    aEight = (aEight * 100 + (aEight >> 16)) & 0x0000FFFF0000FFFF;
+    return (aEight * 10000 + (aEight >> 32)) & 0xFFFFFFFF;
+}
+
+static_assert(areDigits(0x3938373635343330) && valueOfDigits(0x3938373635343332) == 23456789);
+static_assert(!areDigits(0x3938373A35343330) && !areDigits(0x39383736352F3330));
 
 /// Collects the significant digits: leading zeros are none, and those beyond the limit are dropped.
 /// Zeros at the end are taken like others; they cannot change the value that digits and exponent
@@ -69,31 +91,49 @@ struct DigitReader {
     std::uint64_t value = 0;
     std::int64_t dropped = 0;
 
-    /// Reads a run of digits and returns its end.
-    const char* read(const char* aText) {
+    /// Reads a run of digits and returns its length.
+    std::int64_t read(Text& aText) {
+        const char* const begin = aText.next;
         if (taken == 0) {
-            while (*aText == '0') ++aText;
+            while (aText.skip('0')) {
+            }
         }
-        for (; isDigit(*aText) && taken < limit; ++aText, ++taken) {
-            value = 10 * value + static_cast<std::uint64_t>(*aText - '0');
+        takeEights(aText);
+        for (; isDigit(aText.peek()) && taken < limit; ++aText.next, ++taken) {
+            value = 10 * value + static_cast<std::uint64_t>(*aText.next - '0');
         }
-        const char* const end = skipDigits(aText);
-        dropped += end - aText;
-        return end;
+        for (; isDigit(aText.peek()); ++aText.next) ++dropped;
+        return aText.next - begin;
+    }
+
+private:
+    void takeEights(Text& aText) {
+        if constexpr (std::endian::native != std::endian::little) return;
+        constexpr std::int32_t count = 8;
+        while (aText.end - aText.next >= count && taken + count <= limit) {
+            std::uint64_t eight = 0;
+            std::memcpy(&eight, aText.next, count);
+            if (!areDigits(eight)) return;
+            value = value * 100000000 + valueOfDigits(eight);
+            taken += count;
+            aText.next += count;
+        }
     }
 };
 
-/// Reads the exponent, if there is one, and moves @p aText behind it. Every value of more than 31
-/// bits, whichever its sign, comes out as one of 32.
-std::int64_t scanExponent(const char*& aText) {
-    if (*aText != 'e' && *aText != 'E') return 0;
-    const char* pos = aText + 1;
-    const bool negative = *pos == '-';
-    if (negative || *pos == '+') ++pos;
-    if (!isDigit(*pos)) return 0;
+/// Reads the exponent if there is one; 0 otherwise, with nothing read. A value of more than 31 bits
+/// becomes one of 32, of the same sign.
+std::int64_t scanExponent(Text& aText) {
+    Text text = aText;
+    if (!text.skip('e') && !text.skip('E')) return 0;
+    const bool negative = text.skip('-');
+    if (!negative) text.skip('+');
+    if (!isDigit(text.peek())) return 0;
     std::int64_t value = 0;
-    for (; isDigit(*pos); ++pos) value = std::min(10 * value + (*pos - '0'), maxInt32 + 1);
-    aText = pos;
+    for (; isDigit(text.peek()); ++text.next) {
+        value = std::min(10 * value + (*text.next - '0'), maxInt32 + 1);
+    }
+    aText = text;
     return negative ? -value : value;
 }
 
@@ -115,27 +155,24 @@ void setDigits(Decimal& aDecimal, const DigitReader& aReader, std::int64_t aExpo
     }
 }
 
-Decimal scanDecimal(const char* aText, const BinaryFloatFormat& aFormat) {
-    while (isSpace(*aText)) ++aText;
+Decimal scanDecimal(Text aText, const BinaryFloatFormat& aFormat) {
+    while (isSpace(aText.peek())) ++aText.next;
     Decimal decimal;
-    decimal.negative = *aText == '-';
-    if (*aText == '-' || *aText == '+') ++aText;
+    decimal.negative = aText.skip('-');
+    if (!decimal.negative) aText.skip('+');
 
     DigitReader reader{aFormat.maxDigits};
-    const char* pos = reader.read(aText);
-    bool anyDigit = pos != aText;
+    bool anyDigit = reader.read(aText) != 0;
     std::int64_t fractionDigits = 0;
-    if (*pos == '.') {
-        const char* const fraction = pos + 1;
-        pos = reader.read(fraction);
-        fractionDigits = pos - fraction;
+    if (aText.skip('.')) {
+        fractionDigits = reader.read(aText);
         anyDigit = anyDigit || fractionDigits != 0;
     }
     if (!anyDigit) return decimal;
 
-    const std::int64_t written = scanExponent(pos);
+    const std::int64_t written = scanExponent(aText);
     const std::int64_t exponent = written - fractionDigits;
-    decimal.end = pos;
+    decimal.end = aText.next;
     if (written > maxInt32) {
         decimal.range = Range::Above;
     } else if (written < -maxInt32 || exponent < std::numeric_limits<std::int32_t>::min()) {
@@ -148,19 +185,20 @@ Decimal scanDecimal(const char* aText, const BinaryFloatFormat& aFormat) {
 
 /// n * 10^e for e >= 0: the product n * 5^e, its upper 64 bits.
 Scaled multiplyByPowerOfTen(const BigUnsigned& aN, std::int32_t aE) {
+    if (aE == 0) return {bigToWord64(aN), false, 0};
     Scratch product;
-    powerOfFive(product.number, scratchWords, aE, 0, &aN);
+    requireFit(powerOfFive(product.number, scratchWords, aE, 0, &aN));
     const std::int32_t drop = bigBitLength(product.number) - 64;
     if (drop <= 0) return {bigToWord64(product.number), false, aE};
     Scratch top;
-    bigSplit(product.number, top.number, scratchWords, drop);
+    requireFit(bigSplit(product.number, top.number, scratchWords, drop));
     return {bigToWord64(top.number), product.number.count != 0, aE + drop};
 }
 
 /// n * 10^e for e < 0: the quotient n * 2^shift / 5^-e.
 ///
-/// It has one bit or two below the last that the result keeps. That bit and whether anything is
-/// left of the division tell on which side of the middle the value lies, as comparing twice the
+/// It has one bit or two below the last that the result keeps. These bits and whether the division
+/// leaves a remainder show on which side of the middle the value lies, as comparing twice the
 /// remainder of a shorter quotient with the divisor would. Below the normal numbers the result
 /// keeps the bits down to the lowest exponent only, and the quotient ends one bit further on.
 Scaled divideByPowerOfTen(const BigUnsigned& aN, std::int32_t aE,
@@ -168,12 +206,12 @@ Scaled divideByPowerOfTen(const BigUnsigned& aN, std::int32_t aE,
     Scratch divisor;
     Scratch rest;
     Scratch quotient;
-    powerOfFive(divisor.number, scratchWords, -aE, 0, nullptr);
+    requireFit(powerOfFive(divisor.number, scratchWords, -aE, 0, nullptr));
     const std::int32_t wanted = bigBitLength(divisor.number) - bigBitLength(aN);
     const std::int32_t shift =
         std::min(wanted + aFormat.mantissaBits + 1, aE - lowestExponent(aFormat) + 1);
-    bigShiftLeft(rest.number, scratchWords, aN, shift);
-    bigDivide(rest.number, scratchWords, quotient.number, scratchWords, divisor.number);
+    requireFit(bigShiftLeft(rest.number, scratchWords, aN, shift));
+    requireFit(bigDivide(rest.number, scratchWords, quotient.number, scratchWords, divisor.number));
     return {bigToWord64(quotient.number), rest.number.count != 0, aE - shift};
 }
 
@@ -202,27 +240,25 @@ std::uint64_t roundToNearest(const Scaled& aValue, const BinaryFloatFormat& aFor
 /// The bits of digits * 10^exponent as roundToNearest() gives them.
 std::uint64_t convert(const Decimal& aDecimal, const BinaryFloatFormat& aFormat) {
     Scratch digits;
-    bigSetWord64(digits.number, scratchWords, aDecimal.digits);
+    requireFit(bigSetWord64(digits.number, scratchWords, aDecimal.digits));
     return roundToNearest(aDecimal.exponent < 0
                               ? divideByPowerOfTen(digits.number, aDecimal.exponent, aFormat)
                               : multiplyByPowerOfTen(digits.number, aDecimal.exponent),
                           aFormat);
 }
 
-} // namespace
-
-double strToDouble(const char* aText, const char** aEnd) {
-    double result = 0;
-    const char* const end = decimalToBinaryFloat(&result, aText, doubleFormat);
-    if (aEnd != nullptr) *aEnd = end;
-    return result;
+/// The end of the text, or a position in it up to which every number at its start is read.
+const char* findEnd(const char* aText) {
+    constexpr std::size_t usualSize = 64;
+    // memchr() reads no further than the terminator.
+    const void* const end = std::memchr(aText, 0, usualSize);
+    if (end != nullptr) return static_cast<const char*>(end);
+    return aText + std::strspn(aText, " \t\n\v\f\r+-.0123456789eE");
 }
 
-const char* decimalToBinaryFloat(double* aResult, const char* aText,
-                                 const BinaryFloatFormat& aFormat) {
+/// The value of the number and its end; null if there is no number.
+const char* convertText(double& aResult, Text aText, const BinaryFloatFormat& aFormat) {
     const Decimal decimal = scanDecimal(aText, aFormat);
-    *aResult = 0;
-    if (decimal.end == nullptr) return aText;
     const std::int32_t infinityExponent = aFormat.maxExponent - aFormat.minExponent + 2;
     const std::uint64_t infinity = static_cast<std::uint64_t>(infinityExponent)
                                    << (aFormat.mantissaBits - 1);
@@ -230,9 +266,28 @@ const char* decimalToBinaryFloat(double* aResult, const char* aText,
     if (decimal.digits != 0) bits = std::min(convert(decimal, aFormat), infinity);
     const bool nonZero = decimal.digits != 0 || decimal.range != Range::Inside;
     if (nonZero && (bits == 0 || bits == infinity)) errno = ERANGE;
-    if (decimal.negative) bits |= std::uint64_t{1} << 63;
-    *aResult = std::bit_cast<double>(bits);
+    if (decimal.negative && decimal.end != nullptr) bits |= std::uint64_t{1} << 63;
+    aResult = std::bit_cast<double>(bits);
     return decimal.end;
+}
+
+} // namespace
+
+double strToDouble(const char* aText, const char** aEnd) {
+    return strToDouble(aText, findEnd(aText), aEnd);
+}
+
+double strToDouble(const char* aText, const char* aTextEnd, const char** aEnd) {
+    double result = 0;
+    const char* const end = convertText(result, {aText, aTextEnd}, doubleFormat);
+    if (aEnd != nullptr) *aEnd = end != nullptr ? end : aText;
+    return result;
+}
+
+const char* decimalToBinaryFloat(double* aResult, const char* aText,
+                                 const BinaryFloatFormat& aFormat) {
+    const char* const end = convertText(*aResult, {aText, findEnd(aText)}, aFormat);
+    return end != nullptr ? end : aText;
 }
 
 } // namespace vexil

@@ -20,16 +20,21 @@ inline constexpr BinaryFloatFormat doubleFormat{-1021, 1024, 1023, 53, 17, 308, 
 
 /// Converts decimal text to the nearest double, ties to even, exactly, from its first 17
 /// significant digits; further digits are dropped. Called like strtod: leading white space and a
-/// sign are skipped, 'e' and 'E' start an exponent, @p aEnd (if not null) receives the place behind
-/// the number, or @p aText with the result +0.0 where there is none. The point is '.' and white
-/// space the six ASCII characters, whatever the locale.
+/// sign are skipped, 'e' and 'E' start an exponent. @p aEnd, if not null, receives the position one
+/// past the number; without a number, it receives @p aText and the result is +0.0. The point is '.'
+/// and white space the six ASCII characters, whatever the locale. The arithmetic is in integers
+/// only, so that the state of the floating-point unit does not matter either.
 ///
 /// Overflow gives an infinity and underflow to zero a zero, of the text's sign, both with errno set
 /// to ERANGE; errno is otherwise left as it was. A subnormal is no error. An exponent that leaves
 /// 32 bits, alone or together with the digits, is a range error by its sign, even of a zero.
-double strToDouble(const char* aText, const char** aEnd);
+[[nodiscard]] double strToDouble(const char* aText, const char** aEnd);
 
-/// The same for a @p aFormat; only doubleFormat is supported. Returns the end and stores the value.
+/// The same for the text up to @p aTextEnd, which need not be terminated.
+[[nodiscard]] double strToDouble(const char* aText, const char* aTextEnd, const char** aEnd);
+
+/// The same for a terminated text and a @p aFormat; only doubleFormat is supported. Stores the
+/// value and returns the position that strToDouble() stores.
 const char* decimalToBinaryFloat(double* aResult, const char* aText,
                                  const BinaryFloatFormat& aFormat);
 

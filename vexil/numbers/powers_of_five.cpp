@@ -7,11 +7,10 @@ namespace vexil {
 
 namespace {
 
-constexpr std::int32_t midStep = 14;    ///< 5^13 is the last power that fits a word
 constexpr std::int32_t largeStep = 560; ///< 5^546 is the last of the mid runs
 constexpr std::int32_t powerLimit = 5040;
 
-using SmallPowers = std::array<std::uint32_t, midStep>;
+using SmallPowers = std::array<std::uint32_t, midPowerStep>;
 using RunWords = std::array<std::uint32_t, 2286>;
 
 struct Run {
@@ -31,7 +30,7 @@ constexpr SmallPowers makeSmallPowers() {
     return powers;
 }
 
-/// Writes the product of two runs behind the first one, over words that are still 0.
+/// Writes the product of two runs after the first one, over words that are still 0.
 constexpr Run appendProduct(std::uint32_t* aWords, Run aLast, Run aFactor) {
     const std::size_t lastCount = aLast.end - aLast.begin;
     const std::size_t factorCount = aFactor.end - aFactor.begin;
@@ -83,7 +82,7 @@ static_assert(runs.mid[1] == 2 && runs.mid[2] == 5 && runs.mid[38] == 779 && run
 static_assert(runs.large ==
               std::array<std::uint16_t, 9>{819, 860, 942, 1064, 1227, 1431, 1675, 1960, 2286});
 
-/// A number to be read only, for which there is no type of its own.
+/// A view of words that are only read; there is no separate type for it.
 BigUnsigned viewOf(const std::uint32_t& aWords, std::int32_t aCount) {
     return {aCount, const_cast<std::uint32_t*>(&aWords)};
 }
@@ -96,8 +95,8 @@ BigUnsigned runAt(const std::array<std::uint16_t, size>& aOffsets, std::int32_t 
     return viewOf(powerOfFiveWords[begin], aOffsets[index] - begin);
 }
 
-/// Multiplies factors in an output. The first one is not copied there but used where it is, so that
-/// the factors must live as long.
+/// Multiplies factors in an output. The first one is not copied but borrowed, so that the factors
+/// must outlive the object.
 class Product {
 public:
     Product(BigUnsigned& aOut, std::int32_t aCap) : mOut(aOut), mCap(aCap) {}
@@ -135,8 +134,8 @@ constexpr RunWords powerOfFiveWords = runs.words;
 constexpr std::array<std::uint16_t, 40> midPowersOfFive = runs.mid;
 constexpr std::array<std::uint16_t, 9> largePowersOfFive = runs.large;
 
-int powerOfFive(BigUnsigned& aOut, std::int32_t aCap, std::int32_t aN, std::int32_t aK,
-                const BigUnsigned* aMultiplier) {
+int powerOfFiveLong(BigUnsigned& aOut, std::int32_t aCap, std::int32_t aN, std::int32_t aK,
+                    const BigUnsigned* aMultiplier) {
     if (aMultiplier != nullptr && aMultiplier->count == 0) return bigSetWord(aOut, aCap, 0);
     if (aN < 0 || aN >= powerLimit) return 1;
     Product product(aOut, aCap);
@@ -147,12 +146,12 @@ int powerOfFive(BigUnsigned& aOut, std::int32_t aCap, std::int32_t aN, std::int3
         large = runAt(largePowersOfFive, aN / largeStep);
         if (product.multiply(large) != 0) return 1;
     }
-    if (const std::int32_t number = aN % largeStep / midStep; number != 0) {
+    if (const std::int32_t number = aN % largeStep / midPowerStep; number != 0) {
         mid = runAt(midPowersOfFive, number);
         if (product.multiply(mid) != 0) return 1;
     }
     if (aMultiplier != nullptr && product.multiply(*aMultiplier) != 0) return 1;
-    if (const std::int32_t number = aN % midStep; number != 0) {
+    if (const std::int32_t number = aN % midPowerStep; number != 0) {
         small = viewOf(smallPowersOfFive[static_cast<std::size_t>(number)], 1);
         if (product.multiply(small) != 0) return 1;
     }

@@ -73,10 +73,33 @@ TEST(BigUnsigned, QuotientAndRemainderMakeTheDividend) {
         const Number d(randomWords(4));
         Number rest(dividend, 1), q({}, 7), sum({}, 12);
         ASSERT_EQ(bigDivide(rest.value, 8, q.value, 7, d.value), 0);
-        bigMultiply(sum.value, 12, d.value, q.value);
-        bigAdd(sum.value, 12, sum.value, rest.value);
+        ASSERT_EQ(bigMultiply(sum.value, 12, d.value, q.value), 0);
+        ASSERT_EQ(bigAdd(sum.value, 12, sum.value, rest.value), 0);
         ASSERT_EQ(sum.words(), dividend) << "by " << PrintToString(d.words());
         ASSERT_EQ(bigCompare(rest.value, d.value), -1) << "by " << PrintToString(d.words());
+    }
+}
+
+TEST(BigUnsigned, ShortNumbersHaveTheResultsOfLongOnes) {
+    std::mt19937_64 engine(1);
+    for (int i = 0; i < 20000; ++i) {
+        const std::uint64_t dividend = engine() >> engine() % 64;
+        const std::uint64_t divisor = (engine() >> engine() % 64) | 1;
+        const auto distance = static_cast<std::int32_t>(engine() % 200);
+        Number a({}, 3), rest({}, 3), b({}, 3), q({}, 3), shifted({}, 9);
+        Number expectedRest({}, 3), expectedQ({}, 3), expectedShifted({}, 9);
+        ASSERT_EQ(bigSetWord64(rest.value, 3, dividend) + bigSetWord64(a.value, 3, dividend) +
+                      bigSetWord64(expectedRest.value, 3, dividend) +
+                      bigSetWord64(b.value, 3, divisor),
+                  0);
+        ASSERT_EQ(bigDivide(rest.value, 3, q.value, 2, b.value), 0);
+        ASSERT_EQ(bigDivideLong(expectedRest.value, 3, expectedQ.value, 2, b.value), 0);
+        ASSERT_EQ(rest.words(), expectedRest.words()) << dividend << " mod " << divisor;
+        ASSERT_EQ(q.words(), expectedQ.words()) << dividend << " / " << divisor;
+        ASSERT_EQ(bigShiftLeft(shifted.value, 9, a.value, distance), 0);
+        ASSERT_EQ(bigShiftLeftLong(expectedShifted.value, 9, a.value, distance), 0);
+        ASSERT_EQ(shifted.words(), expectedShifted.words()) << dividend << " << " << distance;
+        ASSERT_TRUE(shifted.intact() && rest.intact() && q.intact());
     }
 }
 

@@ -10,6 +10,7 @@
 #include <ios>
 #include <random>
 #include <string>
+#include <vector>
 
 using namespace vexil;
 
@@ -31,6 +32,13 @@ TEST(DecimalConversion, GivesValueEndAndErrno) {
             EXPECT_EQ(end, text.c_str() + aRow[2].size());
             expectSame(actual, std::strtod(aRow[0].c_str(), nullptr), text);
         }
+        // The same from text that ends with the number, without a terminator.
+        const std::vector<char> number(aRow[2].begin(), aRow[2].end());
+        const char* const numberEnd = number.data() + number.size();
+        const char* end = nullptr;
+        expectSame(strToDouble(number.data(), numberEnd, &end),
+                   std::strtod(aRow[0].c_str(), nullptr), text);
+        EXPECT_EQ(end, numberEnd);
     });
 }
 

@@ -12,18 +12,21 @@ constexpr std::int32_t cap = 380; ///< 5^5039 has 366 words
 
 TEST(PowersOfFive, AreRepeatedMultiplications) {
     Number power({1}, cap);
-    for (std::int32_t n = 0; n < 5040; ++n, bigMultiplyWord(power.value, cap, power.value, 5)) {
+    for (std::int32_t n = 0; n < 5040; ++n) {
+        ASSERT_EQ(bigMultiplyWord(power.value, cap, power.value, n == 0 ? 1 : 5), 0);
         if (n > 600 && n % 61 != 0 && n % 560 != 0 && n != 5039) continue;
-        const std::int32_t k = n % 3 * 37;
         for (const Words& multiplier : {Words{1}, Words{3}, Words{0xFFFFFFFF, 7}}) {
-            const Number factor(multiplier);
-            Number expected({}, cap);
-            Number actual({}, cap);
-            bigMultiply(expected.value, cap, power.value, factor.value);
-            bigShiftLeft(expected.value, cap, expected.value, k);
-            const bool absent = multiplier == Words{1};
-            powerOfFive(actual.value, cap, n, k, absent ? nullptr : &factor.value);
-            ASSERT_EQ(actual.words(), expected.words()) << "5^" << n << " * 2^" << k;
+            for (const std::int32_t k : {0, n % 3 * 37}) {
+                const Number factor(multiplier);
+                Number expected({}, cap);
+                Number actual({}, cap);
+                ASSERT_EQ(bigMultiply(expected.value, cap, power.value, factor.value), 0);
+                ASSERT_EQ(bigShiftLeft(expected.value, cap, expected.value, k), 0);
+                const bool absent = multiplier == Words{1};
+                ASSERT_EQ(powerOfFive(actual.value, cap, n, k, absent ? nullptr : &factor.value),
+                          0);
+                ASSERT_EQ(actual.words(), expected.words()) << "5^" << n << " * 2^" << k;
+            }
         }
     }
 }
@@ -42,6 +45,8 @@ TEST(PowersOfFive, RefuseWhatDoesNotFit) {
     Number out({}, cap), zero({});
     EXPECT_EQ(powerOfFive(out.value, 0, 5040, 1, &zero.value), 0) << "0 times any power is 0";
     EXPECT_EQ(powerOfFive(out.value, cap, 5040, 0, nullptr), 1);
+    EXPECT_EQ(powerOfFive(out.value, cap, -1, 0, nullptr), 1);
+    EXPECT_EQ(powerOfFive(out.value, 1, 14, 0, nullptr), 1) << "two words";
 }
 
 } // namespace
