@@ -19,6 +19,7 @@ CONSUMER = SOURCE / "tests/install/consumer"
 ANSWER = '{"getCertificate":{"names":["Zoë"]}}\n'
 PUBLIC_HEADERS = {
     "certbridge/plugin.h",
+    "vexil/assert.h",
     "vexil/dynamic_library.h",
     "vexil/exceptions.h",
     "vexil/export.h",

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "vexil/assert.h"
+#include "vexil/export.h"
 
 #include <bit>
 #include <cstdint>
@@ -24,7 +25,7 @@ struct BigUnsigned {
 }
 
 /// aOut = w
-[[nodiscard]] int bigSetWord(BigUnsigned& aOut, std::int32_t aCap, std::uint32_t aWord);
+[[nodiscard]] VEXIL_API int bigSetWord(BigUnsigned& aOut, std::int32_t aCap, std::uint32_t aWord);
 /// The same for a value of up to two words.
 [[nodiscard]] inline int bigSetWord64(BigUnsigned& aOut, std::int32_t aCap, std::uint64_t aValue) {
     VEXIL_ASSERT(aCap >= 0);
@@ -36,28 +37,28 @@ struct BigUnsigned {
     return 0;
 }
 /// aOut = a
-[[nodiscard]] int bigCopy(BigUnsigned& aOut, std::int32_t aCap, const BigUnsigned& aA);
+[[nodiscard]] VEXIL_API int bigCopy(BigUnsigned& aOut, std::int32_t aCap, const BigUnsigned& aA);
 /// aOut = a + b; aOut may be either.
-[[nodiscard]] int bigAdd(BigUnsigned& aOut, std::int32_t aCap, const BigUnsigned& aA,
-                         const BigUnsigned& aB);
+[[nodiscard]] VEXIL_API int bigAdd(BigUnsigned& aOut, std::int32_t aCap, const BigUnsigned& aA,
+                                   const BigUnsigned& aB);
 /// aOut = a * w; aOut may be a.
-[[nodiscard]] int bigMultiplyWord(BigUnsigned& aOut, std::int32_t aCap, const BigUnsigned& aA,
-                                  std::uint32_t aWord);
+[[nodiscard]] VEXIL_API int bigMultiplyWord(BigUnsigned& aOut, std::int32_t aCap,
+                                            const BigUnsigned& aA, std::uint32_t aWord);
 /// aOut = a * b; aOut must be neither.
-[[nodiscard]] int bigMultiply(BigUnsigned& aOut, std::int32_t aCap, const BigUnsigned& aA,
-                              const BigUnsigned& aB);
+[[nodiscard]] VEXIL_API int bigMultiply(BigUnsigned& aOut, std::int32_t aCap, const BigUnsigned& aA,
+                                        const BigUnsigned& aB);
 /// aOut = a * 2^k; aOut may be a.
 [[nodiscard]] inline int bigShiftLeft(BigUnsigned& aOut, std::int32_t aCap, const BigUnsigned& aA,
                                       std::int32_t aBits);
 /// aOut = w * 2^k
-[[nodiscard]] int bigSetShiftedWord(BigUnsigned& aOut, std::int32_t aCap, std::uint32_t aWord,
-                                    std::int32_t aBits);
+[[nodiscard]] VEXIL_API int bigSetShiftedWord(BigUnsigned& aOut, std::int32_t aCap,
+                                              std::uint32_t aWord, std::int32_t aBits);
 /// aOut = a / 2^k, rounded down; aOut may be a.
-[[nodiscard]] int bigShiftRight(BigUnsigned& aOut, std::int32_t aCap, const BigUnsigned& aA,
-                                std::int32_t aBits);
+[[nodiscard]] VEXIL_API int bigShiftRight(BigUnsigned& aOut, std::int32_t aCap,
+                                          const BigUnsigned& aA, std::int32_t aBits);
 /// aQ = a / 2^k, and a becomes a mod 2^k.
-[[nodiscard]] int bigSplit(BigUnsigned& aA, BigUnsigned& aQ, std::int32_t aCapQ,
-                           std::int32_t aBits);
+[[nodiscard]] VEXIL_API int bigSplit(BigUnsigned& aA, BigUnsigned& aQ, std::int32_t aCapQ,
+                                     std::int32_t aBits);
 /// aQ = a / d, and a becomes a mod d. Conditions: d is not 0, and the capacity of a exceeds its
 /// count by one word. d is not changed and must not be a. Knuth, The Art of Computer Programming,
 /// 4.3.1, algorithm D.
@@ -65,9 +66,9 @@ struct BigUnsigned {
                                    std::int32_t aCapQ, const BigUnsigned& aD);
 
 /// -1, 0 or 1 as a is below, equal to or above b.
-[[nodiscard]] int bigCompare(const BigUnsigned& aA, const BigUnsigned& aB);
+[[nodiscard]] VEXIL_API int bigCompare(const BigUnsigned& aA, const BigUnsigned& aB);
 /// -1, 0 or 1 as a is below, equal to or above 2^k. For a negative k, -1 if a is 0, else 1.
-[[nodiscard]] int bigCompareWithPowerOfTwo(const BigUnsigned& aA, std::int32_t aBits);
+[[nodiscard]] VEXIL_API int bigCompareWithPowerOfTwo(const BigUnsigned& aA, std::int32_t aBits);
 /// a mod 2^64
 [[nodiscard]] inline std::uint64_t bigToWord64(const BigUnsigned& aA) {
     const std::uint64_t low = aA.count > 0 ? aA.words[0] : 0;
@@ -86,11 +87,11 @@ struct BigUnsigned {
 // These are the general operations; they have the same results for any number of words.
 
 /// bigShiftLeft() for any number of words.
-[[nodiscard]] int bigShiftLeftLong(BigUnsigned& aOut, std::int32_t aCap, const BigUnsigned& aA,
-                                   std::int32_t aBits);
+[[nodiscard]] VEXIL_API int bigShiftLeftLong(BigUnsigned& aOut, std::int32_t aCap,
+                                             const BigUnsigned& aA, std::int32_t aBits);
 /// bigDivide() for any number of words.
-[[nodiscard]] int bigDivideLong(BigUnsigned& aA, std::int32_t aCapA, BigUnsigned& aQ,
-                                std::int32_t aCapQ, const BigUnsigned& aD);
+[[nodiscard]] VEXIL_API int bigDivideLong(BigUnsigned& aA, std::int32_t aCapA, BigUnsigned& aQ,
+                                          std::int32_t aCapQ, const BigUnsigned& aD);
 
 inline int bigShiftLeft(BigUnsigned& aOut, std::int32_t aCap, const BigUnsigned& aA,
                         std::int32_t aBits) {

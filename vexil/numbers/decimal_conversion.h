@@ -1,5 +1,7 @@
 #pragma once
 
+#include "vexil/export.h"
+
 #include <cstdint>
 
 namespace vexil {
@@ -28,14 +30,15 @@ inline constexpr BinaryFloatFormat doubleFormat{-1021, 1024, 1023, 53, 17, 308, 
 /// Overflow gives an infinity and underflow to zero a zero, of the text's sign, both with errno set
 /// to ERANGE; errno is otherwise left as it was. A subnormal is no error. An exponent that leaves
 /// 32 bits, alone or together with the digits, is a range error by its sign, even of a zero.
-[[nodiscard]] double strToDouble(const char* aText, const char** aEnd);
+[[nodiscard]] VEXIL_API double strToDouble(const char* aText, const char** aEnd);
 
 /// The same for the text up to @p aTextEnd, which need not be terminated.
-[[nodiscard]] double strToDouble(const char* aText, const char* aTextEnd, const char** aEnd);
+[[nodiscard]] VEXIL_API double strToDouble(const char* aText, const char* aTextEnd,
+                                           const char** aEnd);
 
 /// The same for a terminated text and a @p aFormat; only doubleFormat is supported. Stores the
 /// value and returns the position that strToDouble() stores.
-const char* decimalToBinaryFloat(double* aResult, const char* aText,
-                                 const BinaryFloatFormat& aFormat);
+VEXIL_API const char* decimalToBinaryFloat(double* aResult, const char* aText,
+                                           const BinaryFloatFormat& aFormat);
 
 } // namespace vexil

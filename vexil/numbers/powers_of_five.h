@@ -1,5 +1,6 @@
 #pragma once
 
+#include "vexil/export.h"
 #include "vexil/numbers/big_unsigned.h"
 
 #include <array>
@@ -12,15 +13,15 @@ namespace vexil {
 inline constexpr std::int32_t midPowerStep = 14;
 
 /// 5^0 to 5^13 at the index of their exponent.
-extern const std::array<std::uint32_t, midPowerStep> smallPowersOfFive;
+extern VEXIL_API const std::array<std::uint32_t, midPowerStep> smallPowersOfFive;
 
 /// All runs, each least significant word first: 5^(14 i) for i = 1 to 39, then 5^(560 i) for
 /// i = 1 to 8.
-extern const std::array<std::uint32_t, 2286> powerOfFiveWords;
+extern VEXIL_API const std::array<std::uint32_t, 2286> powerOfFiveWords;
 /// The start of the run 5^(14 i), at index i - 1; the last entry is the end of run 39.
-extern const std::array<std::uint16_t, 40> midPowersOfFive;
+extern VEXIL_API const std::array<std::uint16_t, 40> midPowersOfFive;
 /// The start of the run 5^(560 i), at index i - 1; the last entry is the end of run 8.
-extern const std::array<std::uint16_t, 9> largePowersOfFive;
+extern VEXIL_API const std::array<std::uint16_t, 9> largePowersOfFive;
 
 /// aOut = 5^n * multiplier * 2^k. A null multiplier means 1; the multiplier must not be aOut.
 /// Returns 1, with aOut undefined, for n outside 0 to 5039 (unless the multiplier is 0) and if the
@@ -30,8 +31,8 @@ extern const std::array<std::uint16_t, 9> largePowersOfFive;
                                      std::int32_t aK, const BigUnsigned* aMultiplier);
 
 /// powerOfFive() for any arguments; the inline function handles results of one or two words.
-[[nodiscard]] int powerOfFiveLong(BigUnsigned& aOut, std::int32_t aCap, std::int32_t aN,
-                                  std::int32_t aK, const BigUnsigned* aMultiplier);
+[[nodiscard]] VEXIL_API int powerOfFiveLong(BigUnsigned& aOut, std::int32_t aCap, std::int32_t aN,
+                                            std::int32_t aK, const BigUnsigned* aMultiplier);
 
 inline int powerOfFive(BigUnsigned& aOut, std::int32_t aCap, std::int32_t aN, std::int32_t aK,
                        const BigUnsigned* aMultiplier) {
