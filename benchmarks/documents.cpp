@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t kilobyte = 1000;
 constexpr std::size_t megabyte = 1000 * kilobyte;
 
-// The standard's distributions differ from library to library; its generators do not.
+// The standard specifies the results of its generators, but not those of its distributions.
 class Random {
 public:
     std::uint64_t below(std::uint64_t aLimit) { return mGenerator() % aLimit; }
@@ -102,7 +102,7 @@ std::string makeDecimal(Random& aRandom, std::uint64_t aLimit, std::size_t aDeci
                 makeDigits(aRandom, aDecimals));
 }
 
-// Six digits at most, and no zero at the end.
+// At most six digits, without trailing zeros.
 std::string makeShortDecimal(Random& aRandom) {
     return makeDecimal(aRandom, 1000, aRandom.between(1, 2)) + makeDigits(aRandom, 1);
 }
@@ -153,7 +153,7 @@ std::string makeCertificateReply(Random& aRandom) {
     return text + element("pem", quoted(makePem(aRandom))) + "]}";
 }
 
-// A value of a request: mostly text, and now and then something else.
+// A value of a request: usually text, occasionally another type.
 std::string makeValue(Random& aRandom) {
     switch (aRandom.below(10)) {
     case 0:

@@ -11,12 +11,13 @@ struct Document {
     std::string text;
 };
 
-/// The documents that are parsed and written, the same on every run and machine. None has a number
-/// of more than 17 significant digits or an object with the same name twice.
+/// The documents to parse and write, the same on every run and machine. No number has more than 17
+/// significant digits, and no object has two members of the same name.
 std::vector<Document> makeDocuments();
 
 /// A request for the program, of about @p aSize bytes: one flat object whose values every program
-/// writes alike (floats have at most six digits), with a list in its first member after "action".
+/// writes in the same form (floats have at most six digits), with a list in its first member after
+/// "action".
 std::string makeRequest(std::size_t aSize);
 
 struct NumberSet {
@@ -24,7 +25,7 @@ struct NumberSet {
     std::vector<std::string> texts;
 };
 
-/// The number texts that are converted, of at most 17 significant digits each.
+/// The number texts to convert, of at most 17 significant digits each.
 std::vector<NumberSet> makeNumberSets();
 
 } // namespace benchmarks

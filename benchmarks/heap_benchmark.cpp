@@ -1,7 +1,7 @@
-// Measures what parsing takes from the heap. The functions of malloc are replaced for the whole
-// process, shared libraries included, by ones that count. Writes one line of comma-separated values
-// a document and library: the document's bytes, the largest number of heap bytes in use at once,
-// and the number of blocks taken.
+// Measures the heap memory used while parsing. The malloc functions of the whole process, shared
+// libraries included, are replaced by counting ones. Writes one line of comma-separated values per
+// document and library: the size of the document, the maximum number of heap bytes in use, and the
+// number of blocks allocated.
 #include "documents.h"
 #include "libraries.h"
 
@@ -21,7 +21,7 @@ struct Heap {
 
 constinit Heap heap;
 
-// What the allocator spends on a block: what can be used of it, and a word in front.
+// Memory used by a block: its usable size and the allocator's header word.
 std::size_t sizeOf(void* aBlock) {
     return aBlock == nullptr ? 0 : malloc_usable_size(aBlock) + sizeof(std::size_t);
 }
@@ -35,7 +35,7 @@ void* count(void* aBlock) {
 
 } // namespace
 
-// The C library's own functions under the names by which they stay reachable.
+// The C library's functions under their internal names.
 extern "C" {
 void* __libc_malloc(std::size_t aSize);
 void* __libc_calloc(std::size_t aCount, std::size_t aSize);
@@ -77,7 +77,8 @@ using namespace benchmarks;
 
 template <typename Library>
 Heap measure(const std::string& aText) {
-    static_cast<void>(Library::parse(aText)); // what a library keeps for ever is not counted
+    static_cast<void>(
+        Library::parse(aText)); // permanent allocations of the library are not counted
     const auto before = heap;
     heap.peak = heap.used;
     const auto tree = Library::parse(aText);

@@ -1,6 +1,6 @@
 #include <json-c/json.h>
 
-#undef HAS_JANSSON // its header and the one above use the same names
+#undef HAS_JANSSON // the headers of Jansson and json-c use the same names
 #include "libraries.h"
 
 namespace benchmarks {

@@ -33,10 +33,10 @@
 #include <string>
 #include <string_view>
 
-/// One adapter a library, set to be as strict and exact as the library can be. Each has
+/// One adapter per library, configured to be as strict and exact as the library can be. Each has
 /// - name,
-/// - parse(text): returns the tree, which frees itself, or throws,
-/// - write(tree, sink): makes the compact text, hands it to the sink and frees it.
+/// - parse(text): returns an owning tree, or throws,
+/// - write(tree, sink): creates the compact text, passes it to the sink and frees it.
 namespace benchmarks {
 
 inline void require(bool aSuccess) {
@@ -157,7 +157,7 @@ struct Jansson {
 #endif
 
 #ifdef HAS_JSON_C
-// Defined in a file of its own: the headers of Jansson and json-c use the same names.
+// Defined in a separate file: the headers of Jansson and json-c use the same names.
 struct JsonC {
     static constexpr auto name = "json-c";
     struct Release {
@@ -171,7 +171,7 @@ struct JsonC {
     }
 
 private:
-    static const char* toText(const Tree& aTree); // the tree keeps and frees it
+    static const char* toText(const Tree& aTree); // owned by the tree
 };
 #endif
 
@@ -196,7 +196,7 @@ struct Yajl {
     }
 
 private:
-    // The library brings no way of its own from a tree to a text.
+    // The library cannot write a tree itself.
     static void writeValue(yajl_gen aGenerator, yajl_val aValue) {
         switch (aValue->type) {
         case yajl_t_string:
@@ -235,7 +235,7 @@ private:
 #ifdef HAS_SIMDJSON
 struct SimdJson {
     static constexpr auto name = "simdjson";
-    using Tree = std::unique_ptr<simdjson::dom::parser>; // it owns what it has parsed
+    using Tree = std::unique_ptr<simdjson::dom::parser>; // owns the parsed document
     static Tree parse(const std::string& aText) {
         auto parser = std::make_unique<simdjson::dom::parser>();
         require(parser->parse(aText).error() == simdjson::SUCCESS);
@@ -248,7 +248,7 @@ struct SimdJson {
 };
 #endif
 
-/// Calls @p aVisit<Library>() for each library there is.
+/// Calls @p aVisit<Library>() for each library that is installed.
 template <typename Visit>
 void forEachLibrary(Visit aVisit) {
     aVisit.template operator()<Vexil>();

@@ -8,7 +8,8 @@
 #include <cstdlib>
 #include <string>
 
-// What the programs beside certbridge share: the road around the JSON, without any ceremony.
+// Shared by the programs that certbridge is compared with: input and plugin call in their simplest
+// form.
 
 [[noreturn]] inline void fail(const char* aWhat) {
     std::fprintf(stderr, "%s\n", aWhat);

@@ -1,11 +1,11 @@
-// Answers every request with the request's own members, without a C++ runtime behind it.
+// Answers every request with the members of the request. Does not need the C++ runtime.
 #include <stdint.h>
 #include <stdlib.h>
 #include <string.h>
 
 typedef void (*Operation)(void);
 
-// A class with virtual operations as C sees it: the object starts with the address of their table.
+// Layout of an object with virtual operations: its first word is the address of their table.
 typedef struct {
     const Operation* operations;
 } Object;
@@ -15,7 +15,7 @@ static int32_t getPluginType(Object* aThis) {
     return 1;
 }
 
-// The reply lives as long as the process, which asks once.
+// The reply is never freed: the process makes one request.
 static void getCertificate(Object* aThis, const char* aRequest, const char** aResponse,
                            const char** aError) {
     (void)aThis;

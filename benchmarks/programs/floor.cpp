@@ -1,4 +1,4 @@
-// The least a program can do with a plugin: read, load, call, print. It does not look at the JSON.
+// Lower bound for a program that calls a plugin: read, load, call, print. It does not parse JSON.
 #include "bare_program.h"
 
 int main(int aCount, char** aArguments) {

@@ -1,5 +1,5 @@
-// certbridge's translation as somebody would write it by hand with nlohmann-json. It sorts the
-// members, drops all but one of the same name and knows none of the error documents.
+// certbridge's translation as one would write it with nlohmann-json. It sorts the members, keeps
+// one of several members of the same name and creates no error documents.
 #include "bare_program.h"
 
 #include <nlohmann/json.hpp>
