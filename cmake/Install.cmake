@@ -1,6 +1,29 @@
-# Two components: runtime, the programs, and development, the files needed to write a plugin or to use
-# the library.
+# Three components: runtime, the programs; plugins; and development, the files needed to write a plugin
+# or to use the library.
 include(CMakePackageConfigHelpers)
+
+# install_manual_pages(COMPONENT FILE...): as plain text on Windows.
+function(install_manual_pages component)
+  if(NOT WIN32)
+    foreach(page IN LISTS ARGN)
+      string(REGEX MATCH "[0-9]$" section "${page}")
+      install(FILES ${page} DESTINATION "${CMAKE_INSTALL_MANDIR}/man${section}" COMPONENT ${component})
+    endforeach()
+    return()
+  endif()
+  find_program(GROFF groff NO_CMAKE_FIND_ROOT_PATH)
+  if(NOT GROFF)
+    message(STATUS "groff not found: the manual pages are not installed")
+    return()
+  endif()
+  foreach(page IN LISTS ARGN)
+    get_filename_component(name "${page}" NAME_WLE)
+    set(text "${PROJECT_BINARY_DIR}/${name}.txt")
+    execute_process(COMMAND "${GROFF}" -Tascii -P-cbou -man "${PROJECT_SOURCE_DIR}/${page}"
+      OUTPUT_FILE "${text}" COMMAND_ERROR_IS_FATAL ANY)
+    install(FILES "${text}" DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT ${component})
+  endforeach()
+endfunction()
 
 set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/certbridge")
 
@@ -8,8 +31,23 @@ install(TARGETS certbridge certbridge_check EXPORT certbridge-targets
   RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT runtime)
 install(FILES LICENSE CHANGELOG.md docs/protocol.md
   DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT runtime)
-install(FILES docs/certbridge.1 docs/certbridge-check.1
-  DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT runtime)
+install_manual_pages(runtime docs/certbridge.1 docs/certbridge-check.1)
+
+# Plugins are loaded by path. On Windows they are installed beside the program.
+if(WIN32)
+  set(plugin_folder "${CMAKE_INSTALL_BINDIR}")
+else()
+  set(plugin_folder "${CMAKE_INSTALL_LIBDIR}/certbridge")
+endif()
+if(CERTBRIDGE_PLUGINS)
+  get_property(plugins DIRECTORY plugins PROPERTY BUILDSYSTEM_TARGETS)
+  foreach(plugin IN LISTS plugins)
+    get_target_property(type ${plugin} TYPE)
+    if(type STREQUAL MODULE_LIBRARY)
+      install(TARGETS ${plugin} LIBRARY DESTINATION "${plugin_folder}" COMPONENT plugins)
+    endif()
+  endforeach()
+endif()
 
 install(TARGETS ${vexil_library} EXPORT vexil-targets
   ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development
@@ -53,8 +91,12 @@ install(EXPORT certbridge-targets NAMESPACE certbridge::
   DESTINATION "${package_folder}" COMPONENT development)
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/certbridge-config-version.cmake"
   COMPATIBILITY SameMajorVersion)
+configure_package_config_file(cmake/certbridge-config.cmake.in
+  "${PROJECT_BINARY_DIR}/certbridge-config.cmake"
+  INSTALL_DESTINATION "${package_folder}" PATH_VARS plugin_folder)
 install(FILES
-  cmake/certbridge-config.cmake "${PROJECT_BINARY_DIR}/certbridge-config-version.cmake"
+  "${PROJECT_BINARY_DIR}/certbridge-config.cmake"
+  "${PROJECT_BINARY_DIR}/certbridge-config-version.cmake"
   DESTINATION "${package_folder}" COMPONENT development)
 
 # A path relative to the file keeps the tree relocatable.

@@ -118,6 +118,8 @@ class Installed(InTemporaryFolder):
         folders = [str(path.parent) for path in self.folder.rglob("certbridge.pc")]
         query = ("env", "PKG_CONFIG_PATH=" + ":".join(folders), "pkg-config")
         self.assertEqual(run(*query, "--modversion", "certbridge"), VERSION + "\n")
+        plugins = pathlib.Path(run(*query, "--variable=plugindir", "certbridge").strip())
+        self.assertTrue((plugins / "certificate_file_plugin.so").is_file())
         flags = run(*query, "--cflags", "--libs", "certbridge").split()
         program = self.folder / "program"
         run(COMPILER, "-std=c++20", CONSUMER / "consumer.cpp", *flags, "-o", program)
