@@ -35,7 +35,6 @@ NOT_RUN = {
     "cmake --build": "builds the whole project, as the run of this test has done",
     "cmake -B build": "builds the whole project, as the run of this test has done",
     "ctest": "runs this test",
-    "cpack": "run by the install test",
     "build/debug/": "runs unit tests",
     "sudo apt-get": "installs packages",
     "gdb": "interactive",
