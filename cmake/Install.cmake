@@ -1,6 +1,7 @@
 # Three components: runtime, the programs; plugins; and development, the files needed to write a plugin
 # or to use the library.
 include(CMakePackageConfigHelpers)
+include(Documents)
 
 # install_manual_pages(COMPONENT FILE...): as plain text on Windows.
 function(install_manual_pages component)
@@ -29,8 +30,17 @@ set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/certbridge")
 
 install(TARGETS certbridge certbridge_check EXPORT certbridge-targets
   RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT runtime)
-install(FILES LICENSE CHANGELOG.md docs/protocol.md
-  DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT runtime)
+install(FILES LICENSE DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT runtime)
+# One component for all documents: links must not lead into a component that is not installed.
+install_documents(runtime
+  CHANGELOG.md
+  SECURITY.md
+  docs/plugin-authors.md
+  docs/plugins.md
+  docs/protocol.md
+  docs/reference.md
+  docs/windows.md)
+include(BillOfMaterials)
 install_manual_pages(runtime docs/certbridge.1 docs/certbridge-check.1)
 
 # Plugins are loaded by path. On Windows they are installed beside the program.
@@ -82,8 +92,6 @@ install(FILES
 # Not with the documents, which minimal systems do not install.
 install(DIRECTORY examples/plugin_template
   DESTINATION "${CMAKE_INSTALL_DATADIR}/certbridge" COMPONENT development)
-install(FILES docs/plugin-authors.md
-  DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT development)
 
 install(EXPORT vexil-targets NAMESPACE vexil::
   DESTINATION "${package_folder}" COMPONENT development)

@@ -133,6 +133,17 @@ def plugin_error_codes():
     return set(re.findall(r"^    \w+ = (\d+),", read("plugins/common/plugin_reply.h"), re.MULTILINE))
 
 
+def plugin_libraries():
+    cmake = read("plugins/CMakeLists.txt")
+    return set(re.findall(r"^ *(?:find_package|pkg_check_modules)\((\w+)", cmake, re.MULTILINE))
+
+
+def listed_libraries():
+    """The libraries in the bill of materials, without certbridge and the C++ runtime."""
+    bill = json.loads((BUILD / "certbridge.spdx.json").read_text(encoding="utf-8"))
+    return {package["name"] for package in bill["packages"][2:]}
+
+
 # ---- The documents
 
 
@@ -204,6 +215,7 @@ STATEMENTS = {
         public_headers,
     ),
     "fuzz_targets": (lambda: column(read("docs/fuzzing.md"), "target", "property"), fuzz_targets),
+    "libraries_in_bill_of_materials": (listed_libraries, plugin_libraries),
     "error_codes_of_plugins": (
         lambda: {row[0] for row in table(read("docs/plugins.md"), "Code", "Meaning")},
         plugin_error_codes,

@@ -1,0 +1,53 @@
+"""Follows the links in the documents, in the source tree and after an installation.
+
+Usage: links_test.py BUILD_FOLDER
+"""
+
+import pathlib
+import subprocess
+import sys
+import tempfile
+import unittest
+
+from documents import SOURCE, anchors, blocks, links
+
+BUILD = pathlib.Path(sys.argv[1]).resolve()
+
+
+class Links(unittest.TestCase):
+    def check_links(self, document):
+        text = document.read_text(encoding="utf-8")
+        for link in links(text):
+            with self.subTest(document.name, link=link):
+                name, _, anchor = link.partition("#")
+                target = document.parent / name if name else document
+                self.assertTrue(target.exists())
+                if anchor:
+                    self.assertIn(anchor, anchors(target.read_text(encoding="utf-8")))
+
+    def test_source_tree(self):
+        for document in (*SOURCE.glob("*.md"), *SOURCE.glob("docs/*.md")):
+            self.check_links(document)
+
+    def test_installed_tree(self):
+        with tempfile.TemporaryDirectory() as prefix:
+            subprocess.run(
+                ["cmake", "--install", BUILD, "--prefix", prefix],
+                stdout=subprocess.DEVNULL,
+                check=True,
+            )
+            documents = list(pathlib.Path(prefix, "share/doc/certbridge").glob("*.md"))
+            found = [link for document in documents for link in links(document.read_text())]
+            self.assertTrue(found)
+            for document in documents:
+                self.check_links(document)
+                self.check_blocks(document)
+
+    def check_blocks(self, document):
+        """The installation changes links, but not code."""
+        source, = (*SOURCE.glob(document.name), *SOURCE.glob(f"docs/{document.name}"))
+        texts = [path.read_text(encoding="utf-8") for path in (source, document)]
+        self.assertEqual(blocks(texts[0]), blocks(texts[1]))
+
+
+unittest.main(argv=sys.argv[:1])
