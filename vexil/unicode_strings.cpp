@@ -1,5 +1,6 @@
 #include "vexil/unicode_strings.h"
 
+#include "vexil/assert.h"
 #include "vexil/exceptions.h"
 #include "vexil/platform/platform.h"
 #include "vexil/utf8_validation.h"
@@ -8,7 +9,6 @@
 #include <bit>
 #include <cstdlib>
 #include <cstring>
-#include <iterator>
 #include <new>
 #include <utility>
 
@@ -36,14 +36,14 @@ constexpr bool isSurrogate(std::uint32_t aCode) {
     return (aCode & ~0x7FFU) == 0xD800;
 }
 
-// The throwing is kept out of the decoder, whose loops stay small that way.
+// The decoder throws through separate functions, which keeps its loops small.
 
 [[noreturn]] void throwInvalidCode() {
     throw EncodingError("UnicodeString32::assignUtf8(): invalid code");
 }
 
-/// For a multi-byte form that the text ends in, seen from behind its lead byte: a byte that cannot
-/// continue it comes before the missing ones.
+/// Throws the failure of a multi-byte form that the text cuts short, given the bytes after its lead
+/// byte: one that cannot continue the form takes precedence over the missing ones.
 [[noreturn]] void throwIncomplete(const std::uint8_t* aPos, const std::uint8_t* aEnd) {
     if (std::any_of(aPos, aEnd, [](std::uint8_t aByte) { return (aByte & 0xC0) != 0x80; })) {
         throwInvalidCode();
@@ -58,20 +58,20 @@ std::uint64_t nonAsciiBits(const std::uint8_t* aPos) {
     return word & 0x8080808080808080;
 }
 
-/// How many bytes come before the first byte in memory whose bit is set.
+/// The number of bytes in memory before the first one whose bit is set.
 std::size_t countBefore(std::uint64_t aNonAsciiBits) {
     const int bits = std::endian::native == std::endian::little ? std::countr_zero(aNonAsciiBits)
                                                                 : std::countl_zero(aNonAsciiBits);
     return static_cast<std::size_t>(bits) / 8;
 }
 
-/// Writes the code points to a block with a unit for each byte of the text.
+/// Writes the code points to a block that has a unit for each byte of the text.
 struct CodeWriter {
     std::uint32_t* next;
 
     void put(std::uint32_t aCode) { *next++ = aCode; }
 
-    /// The first @p aCount of eight bytes. All eight are written, since as many units are left.
+    /// Adds the first @p aCount of eight bytes, but writes all eight: the block has the space.
     void putAscii(const std::uint8_t* aBytes, std::size_t aCount) {
         std::uint8_t bytes[8];
         std::memcpy(bytes, aBytes, sizeof bytes);
@@ -80,7 +80,7 @@ struct CodeWriter {
     }
 };
 
-/// Takes the ASCII bytes at @p aPos, up to the first other byte or the end, and returns that place.
+/// Takes the ASCII bytes at @p aPos and returns the position of the first other byte, or the end.
 template <class Sink>
 const std::uint8_t* takeAscii(const std::uint8_t* aPos, const std::uint8_t* aEnd, Sink& aSink) {
     while (aEnd - aPos >= 8) {
@@ -94,7 +94,7 @@ const std::uint8_t* takeAscii(const std::uint8_t* aPos, const std::uint8_t* aEnd
     return aPos;
 }
 
-/// The code point of the form of @p length bytes at @p aPos, whose lead byte is known to be one.
+/// The code point of the form at @p aPos, whose lead byte announces @p length bytes.
 template <std::ptrdiff_t length>
 std::uint32_t decodeForm(const std::uint8_t* aPos, const std::uint8_t* aEnd) {
     constexpr std::uint32_t smallest = length == 2 ? 0x80 : length == 3 ? 0x800 : 0x10000;
@@ -110,7 +110,7 @@ std::uint32_t decodeForm(const std::uint8_t* aPos, const std::uint8_t* aEnd) {
     return code;
 }
 
-/// Takes one code point of two to four bytes and returns the place behind it.
+/// Takes one code point of two to four bytes and returns the position after it.
 template <class Sink>
 const std::uint8_t* takeMultiByte(const std::uint8_t* aPos, const std::uint8_t* aEnd, Sink& aSink) {
     const std::uint8_t lead = *aPos;
@@ -135,7 +135,7 @@ void decodeUtf8(const std::uint8_t* aPos, const std::uint8_t* aEnd, Sink& aSink)
     }
 }
 
-/// Throws what the decoder has to say against a text that is none.
+/// Throws the decoder's failure for a text that is not valid.
 [[noreturn]] void throwFault(const std::uint8_t* aPos, const std::uint8_t* aEnd) {
     struct {
         void put(std::uint32_t) {}
@@ -145,10 +145,8 @@ void decodeUtf8(const std::uint8_t* aPos, const std::uint8_t* aEnd, Sink& aSink)
     throwInvalidCode();
 }
 
-/// The most bytes that encodeUtf8() writes.
-constexpr std::ptrdiff_t longestForm = 4;
-
-/// Writes the lead byte @p aMark and, for the low bits of @p aCode, bytes that continue it.
+/// Writes a form of @p length bytes with the marker bits @p aMark in its lead byte, and returns the
+/// position after it.
 template <int length>
 char* putForm(char* aDest, std::uint32_t aMark, std::uint32_t aCode) {
     *aDest++ = static_cast<char>(aMark | aCode >> (6 * (length - 1)));
@@ -156,6 +154,46 @@ char* putForm(char* aDest, std::uint32_t aMark, std::uint32_t aCode) {
         *aDest++ = static_cast<char>(0x80 | ((aCode >> shift) & 0x3F));
     }
     return aDest;
+}
+
+/// The number of bytes of the code points in UTF-8.
+std::size_t countUtf8Bytes(const std::uint32_t* aCodes, std::uint32_t aCount) {
+    std::uint32_t extra = 0; // at most three for each of less than 2^26 code points
+    for (std::uint32_t i = 0; i < aCount; ++i) {
+        const auto code = static_cast<std::int32_t>(aCodes[i]); // SSE2 compares signed numbers only
+        extra += static_cast<std::uint32_t>((code > 0x7F) + (code > 0x7FF) + (code > 0xFFFF));
+    }
+    return std::size_t{aCount} + extra;
+}
+
+/// Writes the ASCII codes at @p aCodes, eight at a time, up to the first other code or the end, and
+/// moves @p aCodes there.
+char* putAscii(char* aDest, const std::uint32_t*& aCodes, const std::uint32_t* aEnd) {
+    constexpr int count = 8;
+    const auto areAscii = [](const std::uint32_t* aEight) {
+        std::uint32_t bits = 0;
+        for (int i = 0; i < count; ++i) bits |= aEight[i];
+        return bits < 0x80;
+    };
+    for (; aEnd - aCodes >= count && areAscii(aCodes); aCodes += count, aDest += count) {
+        for (int i = 0; i < count; ++i) aDest[i] = static_cast<char>(aCodes[i]);
+    }
+    while (aCodes != aEnd && *aCodes < 0x80) *aDest++ = static_cast<char>(*aCodes++);
+    return aDest;
+}
+
+[[noreturn]] void throwUnencodable(std::uint32_t aCode) {
+    throw EncodingError(isSurrogate(aCode) ? "UnicodeString32::asUtf8(): reserved code"
+                                           : "UnicodeString32::asUtf8(): code out of range");
+}
+
+/// Writes the form of a code point from U+0080 on, and returns the position after it. Throws what
+/// asUtf8() throws.
+inline char* putMultiByte(char* aDest, std::uint32_t aCode) {
+    if (aCode < 0x800) return putForm<2>(aDest, 0xC0, aCode);
+    if (isSurrogate(aCode) || aCode > lastCode) throwUnencodable(aCode);
+    if (aCode < 0x10000) return putForm<3>(aDest, 0xE0, aCode);
+    return putForm<4>(aDest, 0xF0, aCode);
 }
 
 } // namespace
@@ -208,6 +246,7 @@ void UnicodeStringOf<Unit>::alloc(std::size_t aCount) {
 
 template <class Unit>
 void UnicodeStringOf<Unit>::setLength(std::uint32_t aLength) {
+    VEXIL_ASSERT(aLength < mCapacity);
     mLength = aLength;
     mBuffer[aLength] = 0;
 }
@@ -275,28 +314,20 @@ void UnicodeString32::assignUtf16(const std::uint16_t* aUnits, std::uint32_t aCo
 }
 
 std::string UnicodeString32::asUtf8() const {
-    std::string result;
-    result.reserve(mLength);
-    // By chunks: the string is told of its new length once for each, not once for each code point.
-    char chunk[256];
-    char* next = chunk;
-    for (const std::uint32_t* code = getData(); code != getData() + mLength; ++code) {
-        next = encodeUtf8(next, *code);
-        if (std::end(chunk) - next < longestForm) {
-            result.append(chunk, next);
-            next = chunk;
-        }
+    const std::uint32_t* code = getData();
+    const std::uint32_t* const end = code + mLength;
+    std::string result(countUtf8Bytes(code, mLength), '\0');
+    char* next = result.data();
+    while (code != end) {
+        next = putAscii(next, code, end);
+        while (code != end && *code >= 0x80) next = putMultiByte(next, *code++);
     }
-    return result.append(chunk, next);
+    VEXIL_ASSERT(next == result.data() + result.size());
+    return result;
 }
 
 char* UnicodeString32::encodeUtf8(char* aDest, std::uint32_t aCode) {
-    if (aCode < 0x80) return putForm<1>(aDest, 0, aCode);
-    if (aCode < 0x800) return putForm<2>(aDest, 0xC0, aCode);
-    if (isSurrogate(aCode)) throw EncodingError("UnicodeString32::asUtf8(): reserved code");
-    if (aCode < 0x10000) return putForm<3>(aDest, 0xE0, aCode);
-    if (aCode <= lastCode) return putForm<4>(aDest, 0xF0, aCode);
-    throw EncodingError("UnicodeString32::asUtf8(): code out of range");
+    return aCode < 0x80 ? putForm<1>(aDest, 0, aCode) : putMultiByte(aDest, aCode);
 }
 
 UnicodeString16::UnicodeString16(const std::uint16_t* aUnits) {

@@ -11,7 +11,7 @@ TEST(OctetEncodings, DecodeOrLeaveWhatIsPromised) {
 }
 
 TEST(OctetEncodings, StopAtLanguageEscapesCutShort) {
-    // What is missing lies right behind the end.
+    // The missing bytes follow the end that is claimed.
     for (const auto& text : {"\xFE\xFF\0A\0\33en\0\33"s, "\xFE\xFF\0A\0\33enUS\0\33"s}) {
         for (std::size_t len = 6; len < text.size(); ++len) expectRow({7, text, ""}, len);
     }
@@ -39,6 +39,22 @@ TEST_F(ActiveCodePageText, IsConvertedInTwoPasses) {
         converted = result;
         expectRow(row);
     }
+}
+
+TEST_F(ActiveCodePageText, LeavesTheUnitsWhereItFails) {
+    const std::uint16_t old[] = {'o', 'l', 'd', 0};
+    UnicodeString16 string(old);
+    for (const int count : {0, 3}) {
+        TestPlatform::inUse().activeCodePageToUtf16 = [=](auto, auto, auto aDest, auto) {
+            return aDest == nullptr ? count : 0;
+        };
+        EXPECT_EQ(failureOf([&] { string.assignWindowsANSI("xyz", 3); }),
+                  "EncodingError UnicodeString16::assignWindowsANSI(): "
+                  "MultiByteToWideChar() failed");
+        EXPECT_EQ(contentOf(string), "old");
+    }
+    string.assignWindowsANSI("", 0);
+    EXPECT_EQ(contentOf(string), "");
 }
 
 TEST(OctetEncodings, RefuseLengthsBeforeReading) {

@@ -1,4 +1,5 @@
 #include "tests/vexil/unicode_helpers.h"
+#include "vexil/exceptions.h"
 
 #include <set>
 
@@ -22,15 +23,43 @@ TEST(UnicodeString32, DecodesAndEncodesEveryCodePoint) {
     EXPECT_TRUE(contentOf(UnicodeString32(Utf8, bytes)) == contentOf(all));
 }
 
-// ASCII is taken by words: whatever follows it must be seen wherever it lies in them.
-TEST(UnicodeString32, SeesOtherBytesAtEveryPlace) {
+const auto invalidCode = "EncodingError UnicodeString32::assignUtf8(): invalid code"s;
+
+// ASCII is examined in blocks: other bytes must be noticed at every position in them.
+TEST(UnicodeString32, NoticesOtherBytesAtEveryPosition) {
     for (std::size_t before = 0; before <= 40; ++before) {
         for (std::size_t after = 0; after <= 40; ++after) {
             const std::string head(before, 'a'), tail(after, 'b');
             expectRow({Utf8, head + "\xC3\xA9" + tail, head + "<E9>" + tail});
-            expectRow({Utf8, head + "\x80" + tail, "old",
-                       "EncodingError UnicodeString32::assignUtf8(): invalid code"});
+            expectRow({Utf8, head + "\x80" + tail, "old", invalidCode});
         }
+    }
+}
+
+TEST(UnicodeString32, RefusesFormsSplitByAscii) {
+    for (const auto& form : {"\xC3\xA9"s, "\xE2\x82\xAC"s, "\xF0\x9F\x98\x80"s}) {
+        for (std::size_t split = 1; split < form.size(); ++split) {
+            for (std::size_t count = 1; count <= 64; ++count) {
+                const std::string ascii(count, 'a');
+                const std::string text = form.substr(0, split) + ascii + form.substr(split);
+                expectRow({Utf8, text, "old", invalidCode});
+                expectRow({Utf8, ascii + text + ascii, "old", invalidCode});
+            }
+        }
+    }
+}
+
+TEST(UnicodeString32, EncodesLongFormsAfterAnyNumberOfAsciiCharacters) {
+    const std::string forms = [] {
+        std::string text;
+        for (int i = 0; i < 70; ++i) text += "\xF0\x9F\x98\x80";
+        return text;
+    }();
+    for (std::size_t count = 0; count < 300; ++count) {
+        const std::string text = std::string(count, 'a') + forms;
+        const std::string encoded = UnicodeString32(Utf8, text).asUtf8();
+        ASSERT_EQ(encoded, text);
+        ASSERT_EQ(encoded.capacity(), text.size()) << "allocated once, in the right size";
     }
 }
 
@@ -53,6 +82,30 @@ TEST(UnicodeString32, RefusesWhatItCannotHoldOrEncode) {
     char form[4];
     EXPECT_EQ(failureOf([&] { UnicodeString32::encodeUtf8(form, 0x110000); }),
               "EncodingError UnicodeString32::asUtf8(): code out of range");
+}
+
+TEST(UnicodeString32, ReservesATerminatedBlock) {
+    // The allocator is likely to return the block of the first string.
+    UnicodeString32(Latin1, std::string(100, 'x'));
+    UnicodeString32 string;
+    string.reserve(100);
+    EXPECT_EQ(contentOf(string), "");
+}
+
+TEST(UnicodeString32, DoesNotGrowForARefusedCode) {
+    Probe<UnicodeString32> string;
+    for (int i = 0; i < 3; ++i) string.append('a');
+    EXPECT_THROW(string.append(0x110000), EncodingError);
+    EXPECT_EQ(string.mCapacity, 4U);
+    EXPECT_EQ(contentOf(string), "aaa");
+}
+
+TEST(UnicodeString32, GivesUpItsBlockForNoUnits) {
+    Probe<UnicodeString32> string;
+    string.append('a');
+    string.assignUtf16(nullptr, 0);
+    EXPECT_EQ(string.mCapacity, 0U);
+    EXPECT_EQ(contentOf(string), "");
 }
 
 TEST(UnicodeString32, GrowsByHalfUpToItsLimit) {
