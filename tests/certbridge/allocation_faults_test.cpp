@@ -122,20 +122,23 @@ TEST_F(AllocationFaults, OfAppending) {
     }
 }
 
-TEST_F(AllocationFaults, OfUnicodeStrings) {
-    forEachOctetRow([](const OctetRow& aRow) {
-        if (aRow.bytes.size() <= 12 || !aRow.failure.empty()) return; // may need no memory
-        const bool keeps = aRow.encoding <= Utf8 || aRow.encoding == WindowsAnsi;
-        const auto begin = [&] {
-            const auto string = std::make_shared<UnicodeString32>(Latin1, "old");
-            const auto assign = [=, &aRow] {
-                string->assignOctets(aRow.encoding, aRow.bytes.data(), aRow.bytes.size());
-            };
-            return Work{assign, [=] { return contentOf(*string); }, keeps ? "old" : "",
-                        aRow.content};
+void failToAssign(const OctetRow& aRow) {
+    if (aRow.bytes.size() <= 12 || !aRow.failure.empty()) return; // may need no memory
+    const bool keeps = aRow.encoding <= Utf8 || aRow.encoding == WindowsAnsi;
+    const auto begin = [&] {
+        const auto string = std::make_shared<UnicodeString32>(Latin1, "old");
+        const auto assign = [=, &aRow] {
+            string->assignOctets(aRow.encoding, aRow.bytes.data(), aRow.bytes.size());
         };
-        failEachAllocation("assign", begin);
-    });
+        return Work{assign, [=] { return contentOf(*string); }, keeps ? "old" : "", aRow.content};
+    };
+    failEachAllocation("assign", begin);
+}
+
+TEST_F(AllocationFaults, OfUnicodeStrings) {
+    for (const TableRow& tableRow : readTable("octet_encodings.txt", 4)) {
+        for (const OctetRow& row : octetRowsOf(tableRow.columns)) failToAssign(row);
+    }
     failToMake("UTF-8", [] { return UnicodeString32(Utf8, longText).asUtf8(); });
 }
 

@@ -3,8 +3,15 @@
 
 #include <algorithm>
 
-TEST(OctetEncodings, DecodeOrLeaveWhatIsPromised) {
-    forEachOctetRow([](const OctetRow& aRow) { expectRow(aRow); });
+class DecodedOctets : public TableTest {};
+
+TEST_P(DecodedOctets, HaveTheExpectedContentOrFailure) {
+    for (const OctetRow& row : octetRowsOf(GetParam().columns)) expectRow(row);
+}
+
+INSTANTIATE_TABLE(DecodedOctets, "octet_encodings.txt", 4);
+
+TEST(OctetEncodings, AppendPdfDocEncoding) {
     UnicodeString32 string(Latin1, "old");
     string.assignPdfDocEncoding("\x80", 1);
     EXPECT_EQ(contentOf(string), "old<2022>");

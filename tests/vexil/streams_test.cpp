@@ -58,15 +58,18 @@ const std::map<std::string, void (*)(Streams&)> calls{
     CALL(out.seek64(0)), CALL(out.tell64())};
 // clang-format on
 
-TEST(Streams, StayAsTheyAreAfterARefusedCall) {
-    forEachRow("refused_calls.txt", 2, [](const Columns& aRow) {
-        Streams streams;
-        streams.out.write("\0c", 2);
-        streams.out.flush();
-        streams.in.seek(2);
-        EXPECT_EQ(failureOf([&] { calls.at(aRow[0])(streams); }), aRow[1]);
-        EXPECT_EQ(streams.in.tell64(), 2);
-        streams.out.close();
-        EXPECT_EQ(streams.target, std::string("ab\0c", 4));
-    });
+class RefusedCalls : public TableTest {};
+
+TEST_P(RefusedCalls, LeaveTheStreamsUnchanged) {
+    const Columns& row = GetParam().columns;
+    Streams streams;
+    streams.out.write("\0c", 2);
+    streams.out.flush();
+    streams.in.seek(2);
+    EXPECT_EQ(failureOf([&] { calls.at(row[0])(streams); }), row[1]);
+    EXPECT_EQ(streams.in.tell64(), 2);
+    streams.out.close();
+    EXPECT_EQ(streams.target, std::string("ab\0c", 4));
 }
+
+INSTANTIATE_TABLE(RefusedCalls, "refused_calls.txt", 2);

@@ -35,12 +35,13 @@ struct OctetRow {
     std::string bytes, content, failure = "";
 };
 
-inline void forEachOctetRow(const std::function<void(const OctetRow&)>& aCheck) {
-    forEachRow("octet_encodings.txt", 4, [&](const Columns& aRow) {
-        for (const int encoding : numbersOf(aRow[0])) {
-            aCheck({encoding, aRow[1], aRow[2], aRow[3]});
-        }
-    });
+/// A row of octet_encodings.txt for each of its encodings.
+inline std::vector<OctetRow> octetRowsOf(const Columns& aRow) {
+    std::vector<OctetRow> rows;
+    for (const int encoding : numbersOf(aRow[0])) {
+        rows.push_back({encoding, aRow[1], aRow[2], aRow[3]});
+    }
+    return rows;
 }
 
 /// @p aClaimed: a length to claim instead of the true one, for what is refused before it is read.

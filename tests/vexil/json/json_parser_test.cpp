@@ -8,21 +8,27 @@
 using testing::ThrowsMessage;
 using vexil::JsonParserError;
 
-TEST(JsonParser, RefusesATextWithItsOwnMessage) {
-    forEachRow("rejected_texts.txt", 2, [](const Columns& aRow) {
-        EXPECT_THAT([&] { parseText(aRow[0]); }, ThrowsMessage<JsonParserError>(aRow[1]));
-    });
+class JsonParserRefusals : public TableTest {};
+
+TEST_P(JsonParserRefusals, HaveTheirOwnMessage) {
+    const Columns& row = GetParam().columns;
+    EXPECT_THAT([&] { parseText(row[0]); }, ThrowsMessage<JsonParserError>(row[1]));
 }
 
-TEST(JsonParser, BuildsWhatTheTextHolds) {
-    forEachRow("texts_written_again.txt", 2, [](const Columns& aRow) {
-        EXPECT_EQ(aRow[1], writeText(*parseText(aRow[0])));
-        ForeignInputStream stream(aRow[0]);
-        vexil::JsonTokenizer tokenizer(stream, 0);
-        tokenizer.nextToken();
-        EXPECT_EQ(aRow[1], writeText(*JsonTree(vexil::JsonParser(tokenizer, 0).parse(true))));
-    });
+INSTANTIATE_TABLE(JsonParserRefusals, "rejected_texts.txt", 2);
+
+class JsonParserTrees : public TableTest {};
+
+TEST_P(JsonParserTrees, AreWrittenAsExpected) {
+    const Columns& row = GetParam().columns;
+    EXPECT_EQ(row[1], writeText(*parseText(row[0])));
+    ForeignInputStream stream(row[0]);
+    vexil::JsonTokenizer tokenizer(stream, 0);
+    tokenizer.nextToken();
+    EXPECT_EQ(row[1], writeText(*JsonTree(vexil::JsonParser(tokenizer, 0).parse(true))));
 }
+
+INSTANTIATE_TABLE(JsonParserTrees, "texts_written_again.txt", 2);
 
 TEST(JsonParser, WithoutTheEndCheckStaysOnTheLastToken) {
     const std::string text = "[1,{}] \"a\" 7 x";

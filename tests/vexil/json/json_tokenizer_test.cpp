@@ -49,22 +49,25 @@ Description describeTokens(vexil::InputStream& aStream, std::int32_t aFlags) {
     return all;
 }
 
-TEST(JsonTokenizer, GivesTheSameTokensFromMemoryAndFromAnyStream) {
-    forEachRow("tokens.txt", 3, [](const Columns& aRow) {
-        errno = ERANGE; // left behind by somebody else
-        const int flags = std::atoi(aRow[1].c_str());
-        vexil::MemoryInputStream memory{vexil::ByteRange(aRow[0])};
-        const Description fromMemory = describeTokens(memory, flags);
-        EXPECT_EQ(aRow[2] + (aRow[2].empty() ? "End" : " End"), fromMemory.tokens);
-        for (const int end : {0, -1, 2}) {
-            ForeignInputStream foreign(aRow[0], end);
-            const Description fromForeign = describeTokens(foreign, flags);
-            EXPECT_EQ(fromMemory.tokens, fromForeign.tokens);
-            EXPECT_EQ(fromMemory.positions, fromForeign.positions);
-            EXPECT_TRUE(foreign.onlySingleBytes);
-        }
-    });
+class JsonTokens : public TableTest {};
+
+TEST_P(JsonTokens, AreTheSameFromMemoryAndFromAnyStream) {
+    const Columns& row = GetParam().columns;
+    errno = ERANGE; // left behind by somebody else
+    const int flags = std::atoi(row[1].c_str());
+    vexil::MemoryInputStream memory{vexil::ByteRange(row[0])};
+    const Description fromMemory = describeTokens(memory, flags);
+    EXPECT_EQ(row[2] + (row[2].empty() ? "End" : " End"), fromMemory.tokens);
+    for (const int end : {0, -1, 2}) {
+        ForeignInputStream foreign(row[0], end);
+        const Description fromForeign = describeTokens(foreign, flags);
+        EXPECT_EQ(fromMemory.tokens, fromForeign.tokens);
+        EXPECT_EQ(fromMemory.positions, fromForeign.positions);
+        EXPECT_TRUE(foreign.onlySingleBytes);
+    }
 }
+
+INSTANTIATE_TABLE(JsonTokens, "tokens.txt", 3);
 
 TEST(JsonTokenizer, GoesOnWhereTheStreamWasMovedTo) {
     const std::string text = R"(["aaaaaaaaaa","bbbbbbbbbb"])";

@@ -36,13 +36,16 @@ std::string floatText(double aValue) {
     return writeText(*JsonTree(JsonValue::createFloat(aValue)));
 }
 
-TEST(JsonWriter, QuotesAndEscapesStrings) {
-    forEachRow("written_strings.txt", 3, [](const Columns& aRow) {
-        const JsonTree value(JsonValue::createString(aRow[0]));
-        EXPECT_EQ(aRow[1], writeText(*value));
-        EXPECT_EQ(aRow[2], writeText(*value, JsonWriter::EscapeNonAscii));
-    });
+class WrittenStrings : public TableTest {};
+
+TEST_P(WrittenStrings, AreQuotedAndEscaped) {
+    const Columns& row = GetParam().columns;
+    const JsonTree value(JsonValue::createString(row[0]));
+    EXPECT_EQ(row[1], writeText(*value));
+    EXPECT_EQ(row[2], writeText(*value, JsonWriter::EscapeNonAscii));
 }
+
+INSTANTIATE_TABLE(WrittenStrings, "written_strings.txt", 3);
 
 // Strings are taken by words: what needs an escape must be seen wherever it lies in them.
 TEST(JsonWriter, EscapesAtEveryPlaceOfTextsOfEveryLength) {
@@ -57,11 +60,14 @@ TEST(JsonWriter, EscapesAtEveryPlaceOfTextsOfEveryLength) {
     }
 }
 
-TEST(JsonWriter, GivesFloatsSixDigitsAndAPointOrAnExponent) {
-    forEachRow("written_numbers.txt", 2, [](const Columns& aRow) {
-        EXPECT_EQ(aRow[1], floatText(std::strtod(aRow[0].c_str(), nullptr)));
-    });
+class WrittenNumbers : public TableTest {};
+
+TEST_P(WrittenNumbers, HaveSixDigitsAndAPointOrAnExponent) {
+    const Columns& row = GetParam().columns;
+    EXPECT_EQ(row[1], floatText(std::strtod(row[0].c_str(), nullptr)));
 }
+
+INSTANTIATE_TABLE(WrittenNumbers, "written_numbers.txt", 2);
 
 TEST(JsonWriter, GivesFloatsAsTheRuntimeFormatsThem) {
     std::mt19937_64 random(20260131);
@@ -78,27 +84,33 @@ TEST(JsonWriter, GivesFloatsAsTheRuntimeFormatsThem) {
     }
 }
 
-TEST(JsonWriter, WritesEachPieceOnceAndInOrderUpToAFailure) {
-    forEachRow("written_pieces.txt", 3, [](const Columns& aRow) {
-        PieceStream stream;
-        stream.room = std::stoul(aRow[0]);
-        JsonWriter writer(stream, 0);
-        const auto failure = failureOf([&] { writer.write(*parseText(aRow[1])); });
-        EXPECT_EQ(failure, aRow[0] == "100" ? "" : "Exception full");
-        EXPECT_EQ(stream.pieces, aRow[2]);
-    });
+class WrittenPieces : public TableTest {};
+
+TEST_P(WrittenPieces, AreInOrderUpToAFailure) {
+    const Columns& row = GetParam().columns;
+    PieceStream stream;
+    stream.room = std::stoul(row[0]);
+    JsonWriter writer(stream, 0);
+    const auto failure = failureOf([&] { writer.write(*parseText(row[1])); });
+    EXPECT_EQ(failure, row[0] == "100" ? "" : "Exception full");
+    EXPECT_EQ(stream.pieces, row[2]);
 }
 
-TEST(JsonWriter, PartsOnlyBareWordsByABlank) {
-    forEachRow("written_pairs.txt", 3, [](const Columns& aRow) {
-        std::string text;
-        vexil::StringOutputStream stream(&text);
-        JsonWriter writer(stream, 0);
-        writer.write(*parseText(aRow[0]));
-        writer.write(*parseText(aRow[1]));
-        EXPECT_EQ(aRow[2], text);
-    });
+INSTANTIATE_TABLE(WrittenPieces, "written_pieces.txt", 3);
+
+class WrittenPairs : public TableTest {};
+
+TEST_P(WrittenPairs, AreSeparatedOnlyBetweenBareWords) {
+    const Columns& row = GetParam().columns;
+    std::string text;
+    vexil::StringOutputStream stream(&text);
+    JsonWriter writer(stream, 0);
+    writer.write(*parseText(row[0]));
+    writer.write(*parseText(row[1]));
+    EXPECT_EQ(row[2], text);
 }
+
+INSTANTIATE_TABLE(WrittenPairs, "written_pairs.txt", 3);
 
 TEST(JsonWriter, KeepsWhatWasWrittenBeforeABrokenStringAndStaysUsable) {
     for (const auto* const failed : {"truncated \xC3", "invalid code \xED\xA0\x80"}) {

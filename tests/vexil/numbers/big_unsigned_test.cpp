@@ -35,24 +35,30 @@ const std::map<std::string, Op> operations{{"compare", compare},   {"add", add},
                                            {"multiply", multiply}, {"shift", shiftLeft},
                                            {"split", split},       {"divide", divide}};
 
-TEST(BigUnsigned, ResultFitsItsCapacityOrIsRefused) {
-    forEachRow("big_unsigned.txt", 6, [](const Columns& aRow) {
-        const Op operation = operations.at(aRow[0]);
-        const std::int32_t cap = std::stoi(aRow[3]);
-        Number a(numbersOf<std::uint32_t>(aRow[1], 16), 1),
-            b(numbersOf<std::uint32_t>(aRow[2], 16)), result({}, cap);
-        if (cap > 0) {
-            Number less({}, cap - 1);
-            EXPECT_EQ(operation(a.value, less.value, cap - 1, b.value), 1);
-            EXPECT_TRUE(less.intact());
-        }
-        EXPECT_EQ(operation(a.value, result.value, cap, b.value), 0);
-        EXPECT_TRUE(result.intact() && a.intact());
-        EXPECT_EQ(result.words(), numbersOf<std::uint32_t>(aRow[4], 16));
-        const Number rest(numbersOf<std::uint32_t>(aRow[5], 16));
-        EXPECT_EQ(a.words(), rest.words());
-        EXPECT_EQ(bigCompare(a.value, rest.value), 0);
-    });
+class BigUnsignedResults : public TableTest {};
+
+TEST_P(BigUnsignedResults, FitTheirCapacityOrAreRefused) {
+    const Columns& row = GetParam().columns;
+    const Op operation = operations.at(row[0]);
+    const std::int32_t cap = std::stoi(row[3]);
+    Number a(numbersOf<std::uint32_t>(row[1], 16), 1), b(numbersOf<std::uint32_t>(row[2], 16)),
+        result({}, cap);
+    if (cap > 0) {
+        Number less({}, cap - 1);
+        EXPECT_EQ(operation(a.value, less.value, cap - 1, b.value), 1);
+        EXPECT_TRUE(less.intact());
+    }
+    EXPECT_EQ(operation(a.value, result.value, cap, b.value), 0);
+    EXPECT_TRUE(result.intact() && a.intact());
+    EXPECT_EQ(result.words(), numbersOf<std::uint32_t>(row[4], 16));
+    const Number rest(numbersOf<std::uint32_t>(row[5], 16));
+    EXPECT_EQ(a.words(), rest.words());
+    EXPECT_EQ(bigCompare(a.value, rest.value), 0);
+}
+
+INSTANTIATE_TABLE(BigUnsignedResults, "big_unsigned.txt", 6);
+
+TEST(BigUnsigned, RefusesDivisionByZeroAndWithoutSpareWord) {
     Number five({5}, 1);
     EXPECT_EQ(bigDivide(five.value, 2, five.value, 2, Number({}).value), 1) << "by 0";
     EXPECT_EQ(bigDivide(five.value, 1, five.value, 2, Number({2}).value), 1) << "no spare word";

@@ -21,26 +21,29 @@ void expectSame(double aActual, double aExpected, const std::string& aText) {
         << std::hexfloat << aText.substr(0, 40) << ": " << aActual << ", not " << aExpected;
 }
 
-TEST(DecimalConversion, GivesValueEndAndErrno) {
-    forEachRow("decimal_conversion.txt", 4, [](const Columns& aRow) {
-        const std::string text = aRow[2] + aRow[3];
-        for (const int before : {0, ERANGE, EDOM}) {
-            const char* end = nullptr;
-            errno = before;
-            const double actual = strToDouble(text.c_str(), &end);
-            EXPECT_EQ(errno, aRow[1] == "range" ? ERANGE : before);
-            EXPECT_EQ(end, text.c_str() + aRow[2].size());
-            expectSame(actual, std::strtod(aRow[0].c_str(), nullptr), text);
-        }
-        // The same from text that ends with the number, without a terminator.
-        const std::vector<char> number(aRow[2].begin(), aRow[2].end());
-        const char* const numberEnd = number.data() + number.size();
+class DecimalTexts : public TableTest {};
+
+TEST_P(DecimalTexts, GiveValueEndAndErrno) {
+    const Columns& row = GetParam().columns;
+    const std::string text = row[2] + row[3];
+    for (const int before : {0, ERANGE, EDOM}) {
         const char* end = nullptr;
-        expectSame(strToDouble(number.data(), numberEnd, &end),
-                   std::strtod(aRow[0].c_str(), nullptr), text);
-        EXPECT_EQ(end, numberEnd);
-    });
+        errno = before;
+        const double actual = strToDouble(text.c_str(), &end);
+        EXPECT_EQ(errno, row[1] == "range" ? ERANGE : before);
+        EXPECT_EQ(end, text.c_str() + row[2].size());
+        expectSame(actual, std::strtod(row[0].c_str(), nullptr), text);
+    }
+    // The same from text that ends with the number, without a terminator.
+    const std::vector<char> number(row[2].begin(), row[2].end());
+    const char* const numberEnd = number.data() + number.size();
+    const char* end = nullptr;
+    expectSame(strToDouble(number.data(), numberEnd, &end), std::strtod(row[0].c_str(), nullptr),
+               text);
+    EXPECT_EQ(end, numberEnd);
 }
+
+INSTANTIATE_TABLE(DecimalTexts, "decimal_conversion.txt", 4);
 
 TEST(DecimalConversion, AgreesWithTheRuntimeUpTo17Digits) {
     std::mt19937 random(1);

@@ -5,19 +5,22 @@
 using namespace vexil::platform;
 namespace fs = std::filesystem;
 
-TEST(ActiveCodePage, IsConvertedStrictly) {
-    forEachRow(CODE_PAGES, 3, [](const Columns& aRow) {
-        if (!useCodePage(aRow[0])) GTEST_SKIP() << "no code page " << aRow[0];
-        const auto* const bytes = aRow[1].data();
-        const int length = int(aRow[1].size());
-        std::vector<std::uint16_t> units(aRow[1].size() + 1, 0xEEEE);
-        const int count = activeCodePageToUtf16(bytes, length, nullptr, 0);
-        EXPECT_EQ(activeCodePageToUtf16(bytes, length, units.data(), length), count);
-        EXPECT_EQ(shown(units.data(), std::size_t(count)), aRow[2]);
-        EXPECT_EQ(activeCodePageToUtf16(bytes, length, units.data(), count / 2), 0);
-        EXPECT_EQ(units.back(), 0xEEEE);
-    });
+class ActiveCodePage : public TableTest {};
+
+TEST_P(ActiveCodePage, IsConvertedStrictly) {
+    const Columns& row = GetParam().columns;
+    if (!useCodePage(row[0])) GTEST_SKIP() << "no code page " << row[0];
+    const auto* const bytes = row[1].data();
+    const int length = int(row[1].size());
+    std::vector<std::uint16_t> units(row[1].size() + 1, 0xEEEE);
+    const int count = activeCodePageToUtf16(bytes, length, nullptr, 0);
+    EXPECT_EQ(activeCodePageToUtf16(bytes, length, units.data(), length), count);
+    EXPECT_EQ(shown(units.data(), std::size_t(count)), row[2]);
+    EXPECT_EQ(activeCodePageToUtf16(bytes, length, units.data(), count / 2), 0);
+    EXPECT_EQ(units.back(), 0xEEEE);
 }
+
+INSTANTIATE_TABLE(ActiveCodePage, CODE_PAGES, 3);
 
 class Modules : public testing::Test {
 protected:
