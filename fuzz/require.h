@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-/// Ends the run, so that the fuzzer keeps the input, unless @p aHolds.
+/// Aborts unless @p aHolds, so that the fuzzer saves the input.
 inline void require(bool aHolds, const char* aClaim) {
     if (aHolds) return;
     std::fprintf(stderr, "Does not hold: %s\n", aClaim);

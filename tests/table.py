@@ -1,26 +1,43 @@
-"""Reads the tables of tests/data that are made of blocks."""
-import itertools, pathlib, re
+"""Reads the tables in tests/data that consist of blocks of "key: value" lines."""
+
+import itertools
+import pathlib
+import re
 
 DATA = pathlib.Path(__file__).parent / "data"
+ESCAPE = re.compile(rb"%\{(\d+)\*(.*?)\}|%([0-9A-F]{2})")
 
 
 def decoded(text):
-    """The bytes of a text; %41 stands for the byte 0x41 and %{3*ab} for ababab."""
-    def meant(part):
-        return int(part[1]) * decoded(part[2]) if part[1] else bytes.fromhex(part[3].decode())
-    return re.sub(rb"%\{(\d+)\*(.*?)\}|%([0-9A-F]{2})", meant, text)
+    """The bytes that a text denotes: %41 is the byte 0x41, and %{3*ab} is ababab."""
+
+    def replacement(match):
+        count, part, byte = match.groups()
+        return int(count) * decoded(part) if count else bytes.fromhex(byte.decode())
+
+    return ESCAPE.sub(replacement, text)
+
+
+def read_block(block):
+    """Maps each key of a block to its values, in the order of the lines."""
+    values = {}
+    for line in block.splitlines():
+        if not line.startswith(b"#"):
+            key, value = line.split(b":", 1)
+            values.setdefault(key.decode(), []).append(decoded(value.strip(b" ")))
+    return values
 
 
 def read_rows(name):
-    """A dictionary of bytes for each row. A block is a run of lines "key: value", other blocks and
-    lines with "#" are comments; a key with several values makes a row of each of them."""
+    """The rows of a table, each a dictionary of bytes.
+
+    Blocks are separated by empty lines; lines that begin with "#" are comments. A key with several
+    values makes a row for each of them.
+    """
     rows = []
     for block in (DATA / name).read_bytes().split(b"\n\n"):
-        values = {}
-        for line in block.splitlines():
-            if not line.startswith(b"#"):
-                key, value = line.split(b":", 1)
-                values.setdefault(key.decode(), []).append(decoded(value.strip(b" ")))
-        rows += (dict(zip(values, row)) for row in itertools.product(*values.values()) if row)
-    assert rows, "no row in " + name
+        values = read_block(block)
+        if values:
+            rows += [dict(zip(values, row)) for row in itertools.product(*values.values())]
+    assert rows, f"no rows in {name}"
     return rows
