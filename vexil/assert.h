@@ -4,7 +4,7 @@
 /// VEXIL_ASSERT(condition): checks a precondition or an invariant in builds that define
 /// VEXIL_ASSERTIONS (debug, sanitizer, fuzzing and coverage builds) and aborts with the condition
 /// and its position if it does not hold. In other builds the condition is compiled but never
-/// evaluated, so it must have no effect of its own.
+/// evaluated, so it must not have side effects.
 
 #if defined(VEXIL_ASSERTIONS)
 

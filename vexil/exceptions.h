@@ -8,14 +8,15 @@
 /// The support library of certbridge.
 namespace vexil {
 
-/// Base of everything the library throws by itself. Holds its message and nothing else; what()
-/// returns it unchanged, plain ASCII. Running out of memory is std::bad_alloc instead.
+/// Base of the library's exceptions. Holds only its message, in ASCII, which what() returns
+/// unchanged. The library also throws std::bad_alloc when memory runs out, and std::length_error or
+/// std::out_of_range where an operation documents them.
 ///
 /// Messages have three forms: "Class::operation(): problem" inside an operation, "Class: problem"
 /// in a constructor, and the problem alone inside the JSON reader, writer and values.
 class VEXIL_API Exception : public std::runtime_error {
 public:
-    /// @p aMessage is what what() will return.
+    /// @p aMessage is the text that what() returns.
     explicit Exception(const std::string& aMessage) : std::runtime_error(aMessage) {}
 };
 
@@ -25,19 +26,19 @@ public:
     using Exception::Exception;
 };
 
-/// Text that is not valid in its encoding, or a formatting call of the runtime that failed.
+/// Text that is not valid in its encoding, or a formatting function of the runtime that failed.
 class VEXIL_API EncodingError : public Exception {
 public:
     using Exception::Exception;
 };
 
-/// Formatted text that needs more room than the limit set for it.
+/// Formatted text that exceeds the limit set for it.
 class VEXIL_API FormatLimitExceeded : public Exception {
 public:
     using Exception::Exception;
 };
 
-/// A length or position that does not fit the type that must hold it.
+/// A length or position that exceeds the range of its type.
 class VEXIL_API Overflow : public Exception {
 public:
     using Exception::Exception;
@@ -49,7 +50,7 @@ public:
     using Exception::Exception;
 };
 
-/// An operation asked of a JSON value whose kind does not have it.
+/// An operation that the kind of a JSON value does not support.
 class VEXIL_API UnsupportedFunction : public Exception {
 public:
     using Exception::Exception;

@@ -18,28 +18,29 @@ using namespace std::string_view_literals;
 constexpr std::int32_t largestCapacity = std::numeric_limits<std::int32_t>::max();
 constexpr std::int32_t firstCapacity = 128; // short messages fit at once
 
-// How the runtime's formatting functions cut a text that does not fit. Every runtime has one of the
-// two ways; which one is found out once per process.
-constexpr std::int32_t runtimeUnknown = -1;
-constexpr std::int32_t runtimeStandard = 0; // the length needed is returned, the text terminated
-constexpr std::int32_t runtimeLegacy = 1;   // -1 is returned, the text fills all of the room
-std::int32_t runtime = runtimeUnknown;
+/// Truncation by the runtime's formatting functions.
+enum class Runtime {
+    Standard, ///< the required length is returned, the text is terminated
+    Legacy,   ///< -1 is returned, the text fills the whole buffer
+};
 
-void classifyRuntime() {
+Runtime classifyRuntime() {
     std::array<char, 8> block;
     block.fill('x');
     const int result = platform::formatBounded(block.data(), 4, "123456");
     const std::string_view written(block.data(), block.size());
-    if (result == 6 && written == "123\0xxxx"sv) {
-        runtime = runtimeStandard;
-    } else if (result < 0 && written == "1234xxxx"sv) {
-        runtime = runtimeLegacy;
-    } else {
-        throw Exception("FormatToMemory: snprintf() broken");
-    }
+    if (result == 6 && written == "123\0xxxx"sv) return Runtime::Standard;
+    if (result < 0 && written == "1234xxxx"sv) return Runtime::Legacy;
+    throw Exception("FormatToMemory: snprintf() broken");
 }
 
-// Leaves the arguments unread, for the next attempt.
+/// The class of the runtime, determined by the first call that succeeds.
+Runtime getRuntime() {
+    static const Runtime runtime = classifyRuntime();
+    return runtime;
+}
+
+// Formats a copy of the arguments, which the next attempt needs again.
 int formatAttempt(char* aDest, std::int32_t aSize, const char* aFormat, std::va_list aArguments) {
     std::va_list arguments;
     va_copy(arguments, aArguments);
@@ -53,7 +54,7 @@ int formatAttempt(char* aDest, std::int32_t aSize, const char* aFormat, std::va_
 
 FormatToMemory::FormatToMemory(std::int32_t aLimit) : mLimit(aLimit) {
     if (aLimit < 0) throw InvalidArgument("FormatToMemory: invalid argument aLimit");
-    if (runtime == runtimeUnknown) classifyRuntime();
+    getRuntime();
 }
 
 FormatToMemory::~FormatToMemory() {
@@ -63,11 +64,11 @@ FormatToMemory::~FormatToMemory() {
 void FormatToMemory::vformat(const char* aFormat, std::va_list aArguments) {
     mLength = 0;
     if (!mBuffer) resize(mLimit == 0 ? firstCapacity : std::min(mLimit, firstCapacity));
-    switch (runtime) {
-    case runtimeStandard:
+    switch (getRuntime()) {
+    case Runtime::Standard:
         formatStandard(aFormat, aArguments);
         break;
-    case runtimeLegacy:
+    case Runtime::Legacy:
         formatLegacy(aFormat, aArguments);
         break;
     default:
@@ -99,7 +100,7 @@ void FormatToMemory::formatStandard(const char* aFormat, std::va_list aArguments
 
 void FormatToMemory::formatLegacy(const char* aFormat, std::va_list aArguments) {
     const auto attempt = [&] {
-        // The runtime terminates no text that fills all the room it was told of.
+        // The runtime does not terminate a text that fills the whole size passed to it.
         mBuffer[mCapacity - 1] = 0;
         const int result = formatAttempt(mBuffer, mCapacity - 1, aFormat, aArguments);
         if (result >= mCapacity) throw Exception("FormatToMemory::vformat(): vsnprintf is broken");
@@ -128,7 +129,7 @@ std::int32_t FormatToMemory::nextLegacyCapacity() const {
         }
         return mCapacity < mLimit / 2 ? mCapacity * 2 : mLimit;
     }
-    // Such a runtime reports -1 for every failure, so this text may never fit.
+    // Such a runtime returns -1 for every failure, so the text may never fit.
     if (mCapacity == largestCapacity) throw Exception("FormatToMemory::vformat(): overflow");
     return mCapacity < largestCapacity / 2 ? mCapacity * 2 : largestCapacity;
 }

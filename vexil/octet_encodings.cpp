@@ -14,12 +14,12 @@ namespace {
 /// The code point of each byte; 0 where the encoding leaves the byte undefined.
 using CodeTable = std::array<std::uint16_t, 256>;
 
-/// Bytes that are the code point of equal value.
+/// Maps a range of bytes to the code points of equal value.
 constexpr void setEqual(CodeTable& aTable, std::size_t aFirst, std::size_t aLast) {
     for (std::size_t i = aFirst; i <= aLast; ++i) aTable[i] = static_cast<std::uint16_t>(i);
 }
 
-/// Consecutive bytes with code points of their own.
+/// Maps consecutive bytes to the given code points.
 template <std::size_t count>
 constexpr void setCodes(CodeTable& aTable, std::size_t aFirst,
                         const std::uint16_t (&aCodes)[count]) {
@@ -91,8 +91,8 @@ constexpr bool isLetter(char aByte) {
     return (aByte >= 'A' && aByte <= 'Z') || (aByte >= 'a' && aByte <= 'z');
 }
 
-/// How many letters come behind the escape unit that @p aText follows; 0 if the escape is
-/// malformed.
+/// The number of letters of a language escape, given the text after its first escape unit; 0 if the
+/// escape is malformed.
 std::size_t countEscapeLetters(Bytes aText) {
     const auto areLetters = [aText](std::size_t aPos) {
         return isLetter(static_cast<char>(aText[aPos])) &&
@@ -106,8 +106,7 @@ std::size_t countEscapeLetters(Bytes aText) {
     return aText.size() >= 6 && areLetters(2) && isEscape(4) ? 4 : 0;
 }
 
-/// The units of UTF-16BE text, without an odd last byte; none at all if a language escape is
-/// malformed.
+/// The units of UTF-16BE text, without an odd last byte; none if a language escape is malformed.
 std::vector<std::uint16_t> readUnits(Bytes aText, bool aKeepLanguageEscapes) {
     std::vector<std::uint16_t> units;
     units.reserve(aText.size() / 2);
@@ -131,7 +130,7 @@ std::vector<std::uint16_t> readUnits(Bytes aText, bool aKeepLanguageEscapes) {
     return units;
 }
 
-/// UTF-8 text without its language escapes, up to the first that is malformed.
+/// UTF-8 text without its language escapes, up to the first malformed one.
 std::string removeLanguageEscapes(std::string_view aText) {
     std::string result;
     result.reserve(aText.size());
@@ -197,7 +196,7 @@ void UnicodeString32::assignPdfTextString(const void* aBytes, std::size_t aLen,
     const Bytes text = asBytes(aBytes, aLen);
     if (startsWith(text, {0xFE, 0xFF})) {
         const auto units = readUnits(text.subspan(2), aKeepLanguageEscapes);
-        // More units than can be counted are too many code points, even in pairs.
+        // A count beyond 32 bits exceeds the limit even if all units form pairs.
         if (!std::in_range<std::uint32_t>(units.size())) checkCount(units.size() / 2);
         if (!units.empty()) assignUtf16(units.data(), static_cast<std::uint32_t>(units.size()));
     } else if (startsWith(text, {0xEF, 0xBB, 0xBF})) {

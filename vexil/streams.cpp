@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::uint32_t largestInt32 = std::numeric_limits<std::int32_t>::max();
 
-// Apart from the checks, so that read() and write(), called once a character by some, stay small.
+// A separate function, so that read() and write() stay small: some callers pass single characters.
 [[noreturn]] void refuseArgument(const char* aMessage) {
     throw InvalidArgument(aMessage);
 }
@@ -102,6 +102,7 @@ std::int64_t MemoryInputStream::tell64() {
 }
 
 StringOutputStream::StringOutputStream(std::string* aTarget) : mTarget(aTarget) {
+    VEXIL_ASSERT(aTarget != nullptr);
 }
 
 void StringOutputStream::seek(std::int32_t) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "vexil/assert.h"
 #include "vexil/export.h"
 #include "vexil/non_copyable.h"
 
@@ -9,20 +10,21 @@
 
 namespace vexil {
 
-/// Source of bytes. Lengths and positions count bytes. One thread at a time.
+/// A source of bytes. Lengths and positions are in bytes. A stream is used by one thread at a time.
 class VEXIL_API InputStream {
 public:
     virtual ~InputStream() = default;
 
-    /// Copies up to @p aLen bytes to @p aDest and moves past them. Returns how many; 0 is the end.
+    /// Copies up to @p aLen bytes to @p aDest and advances past them. Returns the number of bytes
+    /// copied; 0 at the end.
     virtual std::int32_t read(void* aDest, std::int32_t aLen) = 0;
-    /// Ends the use of the source.
+    /// Closes the source; nothing is read from it afterwards.
     virtual void close() = 0;
-    /// Moves to @p aPos, counted from the start.
+    /// Moves to the position @p aPos, counted from the start.
     virtual void seek(std::int32_t aPos) = 0;
-    /// The position, counted from the start.
+    /// Returns the position, counted from the start.
     virtual std::int32_t tell() = 0;
-    /// How many bytes can still be read.
+    /// Returns the number of bytes that can still be read.
     virtual std::int32_t available() = 0;
     /// The base throws NotImplemented "InputStream::seek64(): not implemented".
     virtual void seek64(std::int64_t aPos);
@@ -30,20 +32,20 @@ public:
     virtual std::int64_t tell64();
 };
 
-/// Sink of bytes. Lengths and positions count bytes. One thread at a time.
+/// A sink of bytes. Lengths and positions are in bytes. A stream is used by one thread at a time.
 class VEXIL_API OutputStream {
 public:
     virtual ~OutputStream() = default;
 
-    /// Passes on what the stream may have kept back.
+    /// Passes on the bytes that the stream has buffered.
     virtual void flush() = 0;
-    /// Ends the use of the sink.
+    /// Closes the sink.
     virtual void close() = 0;
-    /// Moves to @p aPos, counted from the start.
+    /// Moves to the position @p aPos, counted from the start.
     virtual void seek(std::int32_t aPos) = 0;
-    /// The position, counted from the start.
+    /// Returns the position, counted from the start.
     virtual std::int32_t tell() = 0;
-    /// Takes all @p aLen bytes at @p aSource or throws.
+    /// Writes all @p aLen bytes at @p aSource, or throws.
     virtual void write(const void* aSource, std::int32_t aLen) = 0;
     /// The base throws NotImplemented "OutputStream::seek64(): not implemented".
     virtual void seek64(std::int64_t aPos);
@@ -51,13 +53,13 @@ public:
     virtual std::int64_t tell64();
 };
 
-/// A read-only block of bytes that somebody else owns, as MemoryInputStream takes it.
-/// Both constructors throw Overflow "ByteRange: string too long" at 4 GiB or more.
+/// A caller-owned, read-only block of bytes, the argument of MemoryInputStream. Both constructors
+/// throw Overflow "ByteRange: string too long" for 4 GiB or more.
 class VEXIL_API ByteRange {
 public:
-    /// The bytes of @p aText, which must stay as it is while the range is in use.
+    /// The bytes of @p aText, which must not change while the range is in use.
     explicit ByteRange(const std::string& aText);
-    /// The @p aSize bytes at @p aData, which must stay as they are while the range is in use.
+    /// The @p aSize bytes at @p aData, which must not change while the range is in use.
     ByteRange(const void* aData, std::size_t aSize);
 
     /// The first byte, borrowed.
@@ -70,26 +72,27 @@ private:
     std::uint32_t mSize;
 };
 
-/// Reads bytes from a block of memory that somebody else owns.
-/// The block must outlive the stream, which never copies, changes or frees it.
-/// A refused call leaves the position where it was.
+/// Reads from a caller-owned block of memory. The block must outlive the stream, and must not
+/// change while the stream or a token read from it is in use; the stream never copies, changes or
+/// frees it. A refused call leaves the position unchanged.
 class VEXIL_API MemoryInputStream final : public InputStream, private NonCopyable {
 public:
-    /// Stands on the first of the @p aSize bytes at @p aData.
+    /// Reads the @p aSize bytes at @p aData from the first one on.
     MemoryInputStream(const void* aData, std::uint32_t aSize);
-    /// The same for the bytes of @p aRange; the range itself may go.
+    /// Reads the bytes of @p aRange; the range itself need not outlive the constructor.
     explicit MemoryInputStream(const ByteRange& aRange);
 
-    /// Throws InvalidArgument "MemoryInputStream::read(): invalid argument aLen" if it is negative.
+    /// Throws InvalidArgument "MemoryInputStream::read(): invalid argument aLen" if @p aLen is
+    /// negative.
     std::int32_t read(void* aDest, std::int32_t aLen) override;
-    /// Ends the data: from now on every read returns 0.
+    /// Makes the stream empty: every later read() returns 0.
     void close() override;
-    /// Any position from 0 to the size; else throws InvalidArgument
-    /// "MemoryInputStream::seek(): invalid argument aPos".
+    /// Throws InvalidArgument "MemoryInputStream::seek(): invalid argument aPos" unless @p aPos is
+    /// between 0 and the size, inclusive.
     void seek(std::int32_t aPos) override;
-    /// Throws Overflow "MemoryInputStream::tell(): position out of range" past 2147483647.
+    /// Throws Overflow "MemoryInputStream::tell(): position out of range" above 2147483647.
     std::int32_t tell() override;
-    /// At most 2147483647, however much there is.
+    /// Returns 2147483647 if more bytes remain.
     std::int32_t available() override;
     /// As seek(), with the message "MemoryInputStream::seek64(): invalid argument aPos".
     void seek64(std::int64_t aPos) override;
@@ -97,13 +100,16 @@ public:
 
     /// Whether the position is 0.
     bool isAtBegin() const { return mPosition == 0; }
-    /// The bytes not read yet, borrowed from the block. Lets a reader look at many at once; it
-    /// moves past those it took with skip().
+    /// The bytes not yet read, borrowed from the block. A reader that examines many bytes at once
+    /// advances past those it has taken with skip().
     const char* getRemainingData() const { return mData + mPosition; }
-    /// How many they are.
+    /// The number of bytes not yet read.
     std::uint32_t getRemainingSize() const { return mSize - mPosition; }
-    /// Moves past @p aCount bytes, at most getRemainingSize().
-    void skip(std::uint32_t aCount) { mPosition += aCount; }
+    /// Advances past @p aCount bytes, at most getRemainingSize().
+    void skip(std::uint32_t aCount) {
+        VEXIL_ASSERT(aCount <= getRemainingSize());
+        mPosition += aCount;
+    }
 
 private:
     const char* mData;
@@ -111,26 +117,26 @@ private:
     std::uint32_t mPosition = 0; ///< never beyond mSize
 };
 
-/// Appends bytes to a standard string that somebody else owns and that must outlive the stream.
-/// Never clears or shortens the string. A refused write appends nothing.
+/// Appends to a caller-owned standard string, which must outlive the stream. Never clears or
+/// shortens the string. A write that fails appends nothing.
 class VEXIL_API StringOutputStream final : public OutputStream, private NonCopyable {
 public:
-    /// Appends to @p aTarget, which is borrowed.
+    /// @p aTarget is borrowed and not null.
     explicit StringOutputStream(std::string* aTarget);
 
-    /// Does nothing: what was written is in the string.
+    /// Does nothing: the stream does not buffer.
     void flush() override {}
-    /// Does nothing; the stream can still be written to.
+    /// Does nothing: the stream remains usable.
     void close() override {}
     /// Throws NotImplemented "StringOutputStream::seek(): not implemented".
     void seek(std::int32_t aPos) override;
     /// Throws NotImplemented "StringOutputStream::tell(): not implemented".
     std::int32_t tell() override;
-    /// Throws InvalidArgument "StringOutputStream::write(): invalid argument aLen" if it is
-    /// negative.
+    /// Throws InvalidArgument "StringOutputStream::write(): invalid argument aLen" if @p aLen is
+    /// negative, and the string's own std::length_error or std::bad_alloc.
     void write(const void* aSource, std::int32_t aLen) override;
 
-    /// The string that this stream appends to.
+    /// The string to which the stream appends.
     std::string& getTarget() const { return *mTarget; }
 
 private:

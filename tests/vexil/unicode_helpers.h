@@ -44,7 +44,7 @@ inline std::vector<OctetRow> octetRowsOf(const Columns& aRow) {
     return rows;
 }
 
-/// @p aClaimed: a length to claim instead of the true one, for what is refused before it is read.
+/// @p aClaimed: a length to claim instead of the true one, for text that is refused unread.
 inline void expectRow(const OctetRow& aRow, std::size_t aClaimed = 0) {
     const std::size_t len = aClaimed != 0 ? aClaimed : aRow.bytes.size();
     SCOPED_TRACE(std::to_string(aRow.encoding) + " " + testing::PrintToString(aRow.bytes));

@@ -76,11 +76,11 @@ TEST(UnicodeString32, RefusesWhatItCannotHoldOrEncode) {
     for (const std::uint32_t code : {0xD800U, 0xDFFFU}) {
         string.clear();
         string.append(code);
-        EXPECT_EQ(failureOf([&] { string.asUtf8(); }),
+        EXPECT_EQ(failureOf([&] { return string.asUtf8(); }),
                   "EncodingError UnicodeString32::asUtf8(): reserved code");
     }
     char form[4];
-    EXPECT_EQ(failureOf([&] { UnicodeString32::encodeUtf8(form, 0x110000); }),
+    EXPECT_EQ(failureOf([&] { return UnicodeString32::encodeUtf8(form, 0x110000); }),
               "EncodingError UnicodeString32::asUtf8(): code out of range");
 }
 
