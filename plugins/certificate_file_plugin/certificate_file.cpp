@@ -9,7 +9,7 @@
 #include <memory>
 #include <system_error>
 
-namespace example {
+namespace plugins {
 
 namespace {
 
@@ -120,4 +120,4 @@ CertificateHandle readCertificate(const std::string& aFileName, const std::strin
                   "neither a certificate in PEM or DER form nor a PKCS#12 file");
 }
 
-} // namespace example
+} // namespace plugins

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "openssl_handles.h"
+#include "plugins/common/openssl/openssl_handles.h"
 
 #include <string>
 
-namespace example {
+namespace plugins {
 
 /// Reads the certificate in the file @p aFileName: the first one of a PEM file, the one of a DER
 /// file, or of a PKCS#12 file that opens with @p aPassword the one that belongs to its private key
@@ -15,4 +15,4 @@ namespace example {
 /// WrongPassword; InvalidCertificate. The texts do not name the file.
 CertificateHandle readCertificate(const std::string& aFileName, const std::string& aPassword);
 
-} // namespace example
+} // namespace plugins

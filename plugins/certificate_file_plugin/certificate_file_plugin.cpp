@@ -1,20 +1,20 @@
 // Shows the certificate in a file: "file" names it, "password" opens a PKCS#12 file.
-#include "certificate_fields.h"
+#include "plugins/common/openssl/describe_certificate.h"
 #include "certificate_file.h"
 
 namespace {
 
-class CertificateFilePlugin final : public example::ReplyingPlugin {
-    example::Response answer(const example::Request& aRequest) override {
+class CertificateFilePlugin final : public plugins::ReplyingPlugin {
+    plugins::Response answer(const plugins::Request& aRequest) override {
         const auto fileName = aRequest.getText("file");
         if (fileName.empty()) {
-            throw example::Failure(example::ErrorCode::InvalidRequest, "member \"file\" is empty");
+            throw plugins::Failure(plugins::ErrorCode::InvalidRequest, "member \"file\" is empty");
         }
         const auto password = aRequest.findText("password").value_or("");
         try {
-            return example::describeCertificate(*example::readCertificate(fileName, password));
-        } catch (const example::Failure& failure) {
-            throw example::Failure(failure.getCode(), fileName + ": " + failure.what());
+            return plugins::describeCertificate(*plugins::readCertificate(fileName, password));
+        } catch (const plugins::Failure& failure) {
+            throw plugins::Failure(failure.getCode(), fileName + ": " + failure.what());
         }
     }
 };

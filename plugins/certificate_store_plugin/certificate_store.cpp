@@ -1,6 +1,6 @@
 #include "certificate_store.h"
 
-namespace example {
+namespace plugins {
 
 namespace {
 
@@ -35,4 +35,4 @@ FoundCertificate findCertificate(const std::string& aStore, const std::string& a
     return found;
 }
 
-} // namespace example
+} // namespace plugins

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "system_certificates.h"
+#include "plugins/common/windows/system_certificates.h"
 
 #include <cstddef>
 
-namespace example {
+namespace plugins {
 
 struct FoundCertificate {
     CertificateHandle certificate; ///< the first of them, in the store's own order
@@ -18,4 +18,4 @@ struct FoundCertificate {
 /// store cannot be opened.
 FoundCertificate findCertificate(const std::string& aStore, const std::string& aSubjectPart);
 
-} // namespace example
+} // namespace plugins

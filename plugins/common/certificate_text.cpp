@@ -3,7 +3,7 @@
 #include <array>
 #include <cstdio>
 
-namespace example {
+namespace plugins {
 
 std::string toHex(Bytes aBytes, std::string_view aSeparator) {
     constexpr std::string_view digits = "0123456789ABCDEF";
@@ -32,4 +32,4 @@ std::string fingerprintText(Bytes aDigest) {
     return toHex(aDigest, ":");
 }
 
-} // namespace example
+} // namespace plugins

@@ -5,7 +5,7 @@
 #include <string_view>
 
 // The forms of what certificates hold, the same whatever library has decoded it.
-namespace example {
+namespace plugins {
 
 using Bytes = std::span<const unsigned char>;
 
@@ -25,4 +25,4 @@ std::string timeText(const Time& aTime);
 /// Returns @p aDigest, the SHA-256 of a certificate's DER form, with colons between the bytes.
 std::string fingerprintText(Bytes aDigest);
 
-} // namespace example
+} // namespace plugins

@@ -5,7 +5,7 @@
 
 using nlohmann::json;
 
-namespace example {
+namespace plugins {
 
 namespace {
 
@@ -99,4 +99,4 @@ const char* ReplyingPlugin::keepError(ErrorCode aCode, const char* aMessage) noe
     }
 }
 
-} // namespace example
+} // namespace plugins

@@ -12,7 +12,7 @@
 
 // What the example plugins share: reading a request, answering it, reporting failures. Nothing
 // here knows where certificates come from.
-namespace example {
+namespace plugins {
 
 /// The values of "errorCode". Message texts may improve; these numbers stay.
 enum class ErrorCode : std::int32_t {
@@ -88,4 +88,4 @@ private:
     std::string mReply;
 };
 
-} // namespace example
+} // namespace plugins

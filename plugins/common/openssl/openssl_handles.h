@@ -12,7 +12,7 @@
 #include <string>
 #include <string_view>
 
-namespace example {
+namespace plugins {
 
 template <auto Free>
 struct FreeWith {
@@ -68,4 +68,4 @@ inline std::string takeText(BIO* aBuffer) {
     return text;
 }
 
-} // namespace example
+} // namespace plugins

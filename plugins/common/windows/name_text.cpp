@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-namespace example {
+namespace plugins {
 
 namespace {
 
@@ -98,4 +98,4 @@ std::string nameText(Bytes aName) {
     return text;
 }
 
-} // namespace example
+} // namespace plugins

@@ -1,4 +1,4 @@
-#include "certificate_fields.h"
+#include "describe_certificate.h"
 
 #include "name_text.h"
 
@@ -12,7 +12,7 @@
 
 using nlohmann::json;
 
-namespace example {
+namespace plugins {
 
 namespace {
 
@@ -27,13 +27,13 @@ std::string serialNumberText(const CRYPT_INTEGER_BLOB& aNumber) {
         }
     }
     if (bytes.size() > 1 && bytes.front() == 0) bytes.erase(bytes.begin()); // only held the sign
-    return example::serialNumberText(isNegative, bytes);
+    return plugins::serialNumberText(isNegative, bytes);
 }
 
 std::string timeText(const FILETIME& aTime) {
     SYSTEMTIME time = {};
     if (!FileTimeToSystemTime(&aTime, &time)) failPart("time of validity");
-    return example::timeText(
+    return plugins::timeText(
         {time.wYear, time.wMonth, time.wDay, time.wHour, time.wMinute, time.wSecond});
 }
 
@@ -44,7 +44,7 @@ std::string fingerprintText(const CERT_CONTEXT& aCertificate) {
                               aCertificate.cbCertEncoded, digest.data(), &length)) {
         throw Failure(ErrorCode::InternalError, "crypt32: " + errorText(GetLastError()));
     }
-    return example::fingerprintText(Bytes(digest).first(length));
+    return plugins::fingerprintText(Bytes(digest).first(length));
 }
 
 std::string addressText(Bytes aAddress) {
@@ -187,4 +187,4 @@ Response describeCertificate(const CERT_CONTEXT& aCertificate) {
     return response;
 }
 
-} // namespace example
+} // namespace plugins

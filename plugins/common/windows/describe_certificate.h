@@ -2,7 +2,7 @@
 
 #include "system_certificates.h"
 
-namespace example {
+namespace plugins {
 
 /// Describes @p aCertificate with the same elements in the same order and form as the certificate
 /// file plugin does; docs/plugins.md describes them.
@@ -10,4 +10,4 @@ namespace example {
 /// Throws Failure (InvalidCertificate) if a part of it cannot be decoded.
 Response describeCertificate(const CERT_CONTEXT& aCertificate);
 
-} // namespace example
+} // namespace plugins

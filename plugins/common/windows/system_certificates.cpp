@@ -3,7 +3,7 @@
 #include <array>
 #include <cstdio>
 
-namespace example {
+namespace plugins {
 
 std::string errorText(DWORD aNumber) {
     wchar_t* text = nullptr;
@@ -58,4 +58,4 @@ void failPart(const char* aPart) {
                   std::string("the certificate's ") + aPart + " cannot be decoded: " + reason);
 }
 
-} // namespace example
+} // namespace plugins

@@ -17,7 +17,7 @@
 #include <wincrypt.h>
 
 // Owners for what the system's cryptographic library hands out, and its texts as UTF-8.
-namespace example {
+namespace plugins {
 
 inline constexpr DWORD certificateEncoding = X509_ASN_ENCODING | PKCS_7_ASN_ENCODING;
 
@@ -71,4 +71,4 @@ LocalHandle<Structure> decode(LPCSTR aType, Bytes aDer, const char* aPart) {
     return LocalHandle<Structure>(static_cast<Structure*>(structure));
 }
 
-} // namespace example
+} // namespace plugins

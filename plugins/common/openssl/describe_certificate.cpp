@@ -1,4 +1,4 @@
-#include "certificate_fields.h"
+#include "describe_certificate.h"
 
 #include "plugins/common/certificate_text.h"
 
@@ -13,7 +13,7 @@
 
 using nlohmann::json;
 
-namespace example {
+namespace plugins {
 
 namespace {
 
@@ -49,14 +49,14 @@ std::string identifierText(const ASN1_OBJECT* aIdentifier) {
 }
 
 std::string serialNumberText(const ASN1_INTEGER* aNumber) {
-    return example::serialNumberText(ASN1_STRING_type(aNumber) == V_ASN1_NEG_INTEGER,
+    return plugins::serialNumberText(ASN1_STRING_type(aNumber) == V_ASN1_NEG_INTEGER,
                                      bytesOf(aNumber));
 }
 
 std::string timeText(const ASN1_TIME* aTime) {
     std::tm time = {};
     if (ASN1_TIME_to_tm(aTime, &time) != 1) failPart("time of validity");
-    return example::timeText({time.tm_year + 1900, time.tm_mon + 1, time.tm_mday, time.tm_hour,
+    return plugins::timeText({time.tm_year + 1900, time.tm_mon + 1, time.tm_mday, time.tm_hour,
                               time.tm_min, time.tm_sec});
 }
 
@@ -64,7 +64,7 @@ std::string fingerprintText(const X509& aCertificate) {
     std::array<unsigned char, EVP_MAX_MD_SIZE> digest;
     unsigned int length = 0;
     require(X509_digest(&aCertificate, EVP_sha256(), digest.data(), &length) == 1);
-    return example::fingerprintText(Bytes(digest).first(length));
+    return plugins::fingerprintText(Bytes(digest).first(length));
 }
 
 std::string addressText(const ASN1_OCTET_STRING* aAddress) {
@@ -155,4 +155,4 @@ Response describeCertificate(X509& aCertificate) {
     return response;
 }
 
-} // namespace example
+} // namespace plugins

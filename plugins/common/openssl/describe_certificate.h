@@ -2,7 +2,7 @@
 
 #include "openssl_handles.h"
 
-namespace example {
+namespace plugins {
 
 /// Describes @p aCertificate: "subject", "issuer", "serialNumber", "notBefore", "notAfter",
 /// "sha256Fingerprint", "subjectAlternativeNames", "publicKeyAlgorithm", "publicKeyBits" and
@@ -11,4 +11,4 @@ namespace example {
 /// Throws Failure (InvalidCertificate) if a part of it cannot be decoded.
 Response describeCertificate(X509& aCertificate);
 
-} // namespace example
+} // namespace plugins
