@@ -1,13 +1,19 @@
 #include "certificate_file.h"
 
-#include <openssl/pem.h>
+#include "certificate_forms.h"
 
-#include <cerrno>
-#include <cstdio>
+#include "plugins/common/failure.h"
+#include "plugins/common/openssl/openssl_handles.h"
+#include "plugins/common/source_file.h"
+
+#include <algorithm>
 #include <filesystem>
 #include <limits>
-#include <memory>
+#include <new>
+#include <set>
 #include <system_error>
+#include <utility>
+#include <vector>
 
 namespace plugins {
 
@@ -19,105 +25,87 @@ namespace fs = std::filesystem;
 constexpr std::size_t maximumFileSize = 1024 * 1024;
 static_assert(maximumFileSize <= std::numeric_limits<int>::max(), "OpenSSL counts bytes in int");
 
-// Opening a pipe would wait for its writer, and a device may never end.
-void checkRegularFile(const std::string& aFileName) {
-    std::error_code error;
-    const auto type = fs::status(aFileName, error).type();
-    if (type == fs::file_type::not_found) {
-        throw Failure(ErrorCode::NotFound, "no such file");
-    }
-    if (error) throw Failure(ErrorCode::NotReadable, error.message());
-    if (type == fs::file_type::directory) {
-        throw Failure(ErrorCode::NotReadable, "is a directory");
-    }
-    if (type != fs::file_type::regular) {
-        throw Failure(ErrorCode::NotReadable, "is not a regular file");
-    }
-}
-
-std::string readFile(const std::string& aFileName) {
-    checkRegularFile(aFileName);
-    std::string bytes(maximumFileSize + 1, '\0');
-    const std::unique_ptr<std::FILE, FreeWith<std::fclose>> file(
-        std::fopen(aFileName.c_str(), "rb"));
-    if (file) bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file.get()));
-    if (!file || std::ferror(file.get()) != 0) {
-        throw Failure(ErrorCode::NotReadable, std::generic_category().message(errno));
-    }
-    if (bytes.size() > maximumFileSize) {
-        throw Failure(ErrorCode::NotReadable,
-                      "is larger than " + std::to_string(maximumFileSize) + " bytes");
-    }
-    return bytes;
-}
-
-// Returns null for a text without a certificate.
-CertificateHandle parsePem(const std::string& aText, std::string aPassword) {
-    const BioHandle buffer(BIO_new_mem_buf(aText.data(), static_cast<int>(aText.size())));
-    require(buffer != nullptr);
-    // Without a password of ours, OpenSSL would ask for one at the terminal.
-    return CertificateHandle(PEM_read_bio_X509(buffer.get(), nullptr, nullptr, aPassword.data()));
-}
-
-// Decodes @p aBytes, all of them, with one of OpenSSL's d2i functions; null if they are malformed.
-template <typename Handle, typename Decode>
-Handle parseDer(const std::string& aBytes, Decode aDecode) {
-    const auto* start = reinterpret_cast<const unsigned char*>(aBytes.data());
-    const auto* position = start;
-    Handle object(aDecode(nullptr, &position, static_cast<long>(aBytes.size())));
-    if (position != start + aBytes.size()) object.reset();
-    return object;
-}
-
-// Tells why PKCS12_parse() failed.
-[[noreturn]] void failToOpen(const PKCS12* aArchive) {
-    if (PKCS12_mac_present(aArchive) == 0) {
-        // Some versions of OpenSSL refuse every password then, others try it: neither proves it
-        // wrong.
+// Describes one certificate; throws Failure (InvalidCertificate).
+Certificate describe(const StoredCertificate& aStored) {
+    if (!aStored.damage.empty()) {
         throw Failure(ErrorCode::InvalidCertificate,
-                      "this PKCS#12 file has no MAC and cannot be opened with this password");
+                      "its PEM certificate is damaged: " + aStored.damage);
     }
-    const auto error = ERR_peek_last_error();
-    if (ERR_GET_LIB(error) == ERR_LIB_PKCS12 &&
-        ERR_GET_REASON(error) == PKCS12_R_MAC_VERIFY_FAILURE) {
-        throw Failure(ErrorCode::WrongPassword, "wrong password for this PKCS#12 file");
-    }
-    throw Failure(ErrorCode::InvalidCertificate,
-                  "this PKCS#12 file cannot be opened: " + takeReason());
+    auto certificate = describeCertificate(aStored.der);
+    certificate.label = aStored.label;
+    certificate.id = aStored.id;
+    return certificate;
 }
 
-CertificateHandle openPkcs12(PKCS12* aArchive, const std::string& aPassword) {
-    EVP_PKEY* key = nullptr;
-    X509* certificate = nullptr;
-    STACK_OF(X509)* others = nullptr;
-    const bool opened = PKCS12_parse(aArchive, aPassword.c_str(), &key, &certificate, &others) == 1;
-    const KeyHandle keyHandle(key);
-    CertificateHandle result(certificate);
-    const CertificatesHandle othersHandle(others);
-    if (!opened) failToOpen(aArchive);
-    if (!result) result.reset(sk_X509_shift(others));
-    if (!result)
-        throw Failure(ErrorCode::InvalidCertificate, "this PKCS#12 file holds no certificate");
-    return result;
+void readInto(CertificateSource& aSource, const std::string& aFileName, const Secret& aPassword) {
+    const auto bytes = readSourceFile(aFileName, maximumFileSize);
+    const auto stored = confirmed([&] { return decodeCertificates(bytes, aPassword); });
+    for (const auto& certificate : stored) {
+        try {
+            aSource.certificates.push_back(describe(certificate));
+        } catch (const Failure&) {
+            if (&certificate == stored.data()) throw;
+            ++aSource.skipped;
+        }
+    }
+}
+
+[[noreturn]] void failWithSystemError(const std::string& aFolder, const std::error_code& aError) {
+    if (aError == std::errc::not_enough_memory) throw std::bad_alloc();
+    throw Failure(ErrorCode::NotReadable, aFolder + ": " + aError.message());
+}
+
+std::vector<std::string> sortedFiles(const std::string& aFolder) {
+    std::error_code error;
+    std::vector<std::string> names;
+    fs::directory_iterator entry(aFolder, error);
+    for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+        std::error_code ignored; // an entry that cannot be examined is reported when it is read
+        if (!fs::is_directory(entry->path(), ignored)) names.push_back(entry->path().string());
+    }
+    if (error) failWithSystemError(aFolder, error);
+    std::ranges::sort(names);
+    return names;
+}
+
+void removeRepetitions(std::vector<Certificate>& aCertificates) {
+    std::set<std::string> known;
+    std::erase_if(aCertificates, [&](const Certificate& aCertificate) {
+        return !known.insert(aCertificate.sha256Fingerprint).second;
+    });
 }
 
 } // namespace
 
-CertificateHandle readCertificate(const std::string& aFileName, const std::string& aPassword) {
-    const auto bytes = readFile(aFileName);
-    ERR_clear_error(); // what follows is to find the reasons of its own failures only
-    if (auto certificate = parsePem(bytes, aPassword)) return certificate;
-    if (bytes.find("-----BEGIN CERTIFICATE-----") != std::string::npos) {
-        throw Failure(ErrorCode::InvalidCertificate,
-                      "its PEM certificate is damaged: " + takeReason());
+CertificateSource readCertificateFile(const std::string& aFileName, const Secret& aPassword) {
+    CertificateSource source;
+    source.name = aFileName;
+    try {
+        readInto(source, aFileName, aPassword);
+    } catch (const Failure& failure) {
+        throw Failure(failure.getCode(), aFileName + ": " + failure.what());
     }
-    auto certificate = parseDer<CertificateHandle>(bytes, d2i_X509);
-    const auto archive = certificate ? nullptr : parseDer<Pkcs12Handle>(bytes, d2i_PKCS12);
-    ERR_clear_error(); // each form that it was not has left its complaints
-    if (certificate) return certificate;
-    if (archive) return openPkcs12(archive.get(), aPassword);
-    throw Failure(ErrorCode::InvalidCertificate,
-                  "neither a certificate in PEM or DER form nor a PKCS#12 file");
+    return source;
+}
+
+CertificateSource readCertificateFolder(const std::string& aFolder, const Secret& aPassword) {
+    CertificateSource source;
+    source.name = aFolder;
+    for (const auto& name : sortedFiles(aFolder)) {
+        try {
+            readInto(source, name, aPassword);
+        } catch (const Failure& failure) {
+            if (failure.getCode() == ErrorCode::InternalError) throw;
+            ++source.skipped;
+        }
+    }
+    removeRepetitions(source.certificates);
+    return source;
+}
+
+bool isFolder(const std::string& aName) {
+    std::error_code ignored; // reported when the file is read
+    return fs::is_directory(aName, ignored);
 }
 
 } // namespace plugins

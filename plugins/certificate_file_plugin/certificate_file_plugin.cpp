@@ -1,21 +1,22 @@
-// Shows the certificate in a file: "file" names it, "password" opens a PKCS#12 file.
-#include "plugins/common/openssl/describe_certificate.h"
+// Shows certificates in a file: "file" is its name, "password" or "passwordFile" opens it; the
+// selectors of plugins/common choose among its certificates.
 #include "certificate_file.h"
+
+#include "plugins/common/replying_plugin.h"
+#include "plugins/common/selection.h"
 
 namespace {
 
-class CertificateFilePlugin final : public plugins::ReplyingPlugin {
-    plugins::Response answer(const plugins::Request& aRequest) override {
+using namespace plugins;
+
+class CertificateFilePlugin final : public ReplyingPlugin {
+    Members answer(Request& aRequest) override {
         const auto fileName = aRequest.getText("file");
-        if (fileName.empty()) {
-            throw plugins::Failure(plugins::ErrorCode::InvalidRequest, "member \"file\" is empty");
-        }
-        const auto password = aRequest.findText("password").value_or("");
-        try {
-            return plugins::describeCertificate(*plugins::readCertificate(fileName, password));
-        } catch (const plugins::Failure& failure) {
-            throw plugins::Failure(failure.getCode(), fileName + ": " + failure.what());
-        }
+        const auto selectors = readSelectors(aRequest);
+        const auto password = findSecret(aRequest, "password", "passwordFile").value_or(Secret());
+        const bool isSearch = isFolder(fileName) && isSelective(selectors);
+        return answerSelection(selectors, isSearch ? readCertificateFolder(fileName, password)
+                                                   : readCertificateFile(fileName, password));
     }
 };
 

@@ -1,12 +1,16 @@
 #include "certificate_store.h"
 
+#include "plugins/common/windows/describe_certificate.h"
+
 namespace plugins {
 
 namespace {
 
-StoreHandle openStore(const std::string& aName) {
-    constexpr DWORD flags =
-        CERT_SYSTEM_STORE_CURRENT_USER | CERT_STORE_OPEN_EXISTING_FLAG | CERT_STORE_READONLY_FLAG;
+StoreHandle openStore(const std::string& aName, StoreLocation aLocation) {
+    const DWORD location = aLocation == StoreLocation::LocalMachine
+                               ? CERT_SYSTEM_STORE_LOCAL_MACHINE
+                               : CERT_SYSTEM_STORE_CURRENT_USER;
+    const DWORD flags = location | CERT_STORE_OPEN_EXISTING_FLAG | CERT_STORE_READONLY_FLAG;
     StoreHandle store(CertOpenStore(CERT_STORE_PROV_SYSTEM_W, 0, 0, flags, toUtf16(aName).c_str()));
     if (store) return store;
     const auto error = GetLastError();
@@ -17,22 +21,28 @@ StoreHandle openStore(const std::string& aName) {
                   "certificate store \"" + aName + "\": " + errorText(error));
 }
 
+void addCertificate(CertificateSource& aSource, const CERT_CONTEXT& aCertificate) {
+    try {
+        aSource.certificates.push_back(describeCertificate(aCertificate));
+    } catch (const Failure& failure) {
+        if (failure.getCode() != ErrorCode::InvalidCertificate) throw;
+        ++aSource.skipped;
+    }
+}
+
 } // namespace
 
-FoundCertificate findCertificate(const std::string& aStore, const std::string& aSubjectPart) {
-    const auto store = openStore(aStore);
-    const auto subject = toUtf16(aSubjectPart);
-    FoundCertificate found{nullptr, 0};
-    const CERT_CONTEXT* next = nullptr; // each search frees what the one before has found
-    while ((next = CertFindCertificateInStore(store.get(), certificateEncoding, 0,
-                                              CERT_FIND_SUBJECT_STR_W, subject.c_str(), next))) {
-        if (found.matches++ == 0) found.certificate.reset(CertDuplicateCertificateContext(next));
+CertificateSource readStore(const std::string& aName, StoreLocation aLocation) {
+    const auto store = openStore(aName, aLocation);
+    CertificateSource source;
+    source.name = "store \"" + aName + '"';
+    CertificateHandle certificate;
+    // Each call frees the certificate of the previous one.
+    while (certificate.reset(CertEnumCertificatesInStore(store.get(), certificate.release())),
+           certificate) {
+        addCertificate(source, *certificate);
     }
-    if (found.matches == 0) {
-        throw Failure(ErrorCode::NotFound, "no certificate in store \"" + aStore +
-                                               "\" has a subject with \"" + aSubjectPart + '"');
-    }
-    return found;
+    return source;
 }
 
 } // namespace plugins

@@ -1,22 +1,30 @@
-// Shows a certificate of the system's store: "subject" is a part of its subject's name, "store"
-// the store's name.
-#include "plugins/common/windows/describe_certificate.h"
+// Shows certificates of a store of the system: "store" is its name, "location" its owner; the
+// selectors of plugins/common choose among its certificates.
 #include "certificate_store.h"
+
+#include "plugins/common/replying_plugin.h"
+#include "plugins/common/selection.h"
 
 namespace {
 
-class CertificateStorePlugin final : public plugins::ReplyingPlugin {
-    plugins::Response answer(const plugins::Request& aRequest) override {
-        const auto subject = aRequest.getText("subject");
-        if (subject.empty()) { // which every name holds
-            throw plugins::Failure(plugins::ErrorCode::InvalidRequest,
-                                   "member \"subject\" is empty");
+using namespace plugins;
+
+StoreLocation findLocation(const Request& aRequest) {
+    const auto location = aRequest.findText("location").value_or("currentUser");
+    if (location == "currentUser") return StoreLocation::CurrentUser;
+    if (location == "localMachine") return StoreLocation::LocalMachine;
+    throw Failure(ErrorCode::InvalidRequest,
+                  "member \"location\" must be \"currentUser\" or \"localMachine\"");
+}
+
+class CertificateStorePlugin final : public ReplyingPlugin {
+    Members answer(Request& aRequest) override {
+        const auto selectors = readSelectors(aRequest);
+        if (!isSelective(selectors)) {
+            throw Failure(ErrorCode::InvalidRequest, "member \"subject\" is missing");
         }
         const auto store = aRequest.findText("store").value_or("MY");
-        const auto found = plugins::findCertificate(store, subject);
-        auto response = plugins::describeCertificate(*found.certificate);
-        if (found.matches > 1) response.add("matches", found.matches);
-        return response;
+        return answerSelection(selectors, readStore(store, findLocation(aRequest)));
     }
 };
 

@@ -1,17 +1,14 @@
 #include "describe_certificate.h"
 
-#include "plugins/common/certificate_text.h"
+#include "openssl_handles.h"
 
 #include <openssl/evp.h>
 #include <openssl/objects.h>
-#include <openssl/pem.h>
 
 #include <arpa/inet.h>
 
 #include <array>
 #include <ctime>
-
-using nlohmann::json;
 
 namespace plugins {
 
@@ -20,6 +17,10 @@ namespace {
 [[noreturn]] void failPart(const char* aPart) {
     throw Failure(ErrorCode::InvalidCertificate, std::string("the certificate's ") + aPart +
                                                      " cannot be decoded: " + takeReason());
+}
+
+void freeBytes(unsigned char* aBytes) {
+    OPENSSL_free(aBytes);
 }
 
 Bytes bytesOf(const ASN1_STRING* aString) {
@@ -105,13 +106,13 @@ std::string alternativeNameText(const GENERAL_NAME* aName) {
     }
 }
 
-json alternativeNames(const X509& aCertificate) {
+std::vector<std::string> alternativeNames(const X509& aCertificate) {
     constexpr int absent = -1;
     int state = 0;
     const NamesHandle names(static_cast<GENERAL_NAMES*>(
         X509_get_ext_d2i(&aCertificate, NID_subject_alt_name, &state, nullptr)));
     if (!names && state != absent) failPart("subject alternative name");
-    auto texts = json::array();
+    std::vector<std::string> texts;
     for (int i = 0; i < sk_GENERAL_NAME_num(names.get()); ++i) {
         texts.push_back(alternativeNameText(sk_GENERAL_NAME_value(names.get(), i)));
     }
@@ -119,40 +120,90 @@ json alternativeNames(const X509& aCertificate) {
 }
 
 // A key of a kind that OpenSSL does not know is shown by its identifier, without a size.
-void addPublicKey(Response& aResponse, const X509& aCertificate) {
+void describePublicKey(Certificate& aDescription, const X509& aCertificate) {
     if (const auto* key = X509_get0_pubkey(&aCertificate)) {
-        aResponse.add("publicKeyAlgorithm", EVP_PKEY_get0_type_name(key));
-        aResponse.add("publicKeyBits", EVP_PKEY_get_bits(key));
+        const auto* const name = EVP_PKEY_get0_type_name(key);
+        require(name != nullptr);
+        aDescription.publicKeyAlgorithm = name;
+        aDescription.publicKeyBits = EVP_PKEY_get_bits(key);
         return;
     }
     ERR_clear_error();
     ASN1_OBJECT* algorithm = nullptr;
     require(X509_PUBKEY_get0_param(&algorithm, nullptr, nullptr, nullptr,
                                    X509_get_X509_PUBKEY(&aCertificate)) == 1);
-    aResponse.add("publicKeyAlgorithm", identifierText(algorithm));
-    aResponse.add("publicKeyBits", nullptr);
+    aDescription.publicKeyAlgorithm = identifierText(algorithm);
 }
 
-std::string pemText(X509& aCertificate) {
-    const auto buffer = makeBuffer();
-    require(PEM_write_bio_X509(buffer.get(), &aCertificate) == 1);
-    return takeText(buffer.get());
+// Null if the bytes are not exactly one certificate.
+CertificateHandle parseCertificate(Bytes aDer) {
+    const auto* position = aDer.data();
+    CertificateHandle certificate(d2i_X509(nullptr, &position, static_cast<long>(aDer.size())));
+    if (position != aDer.data() + aDer.size()) certificate.reset();
+    return certificate;
+}
+
+Certificate describeOnce(Bytes aDer) {
+    const auto certificate = parseCertificate(aDer);
+    if (!certificate) {
+        throw Failure(ErrorCode::InvalidCertificate,
+                      "the certificate cannot be decoded: " + takeReason());
+    }
+    Certificate description;
+    description.der.assign(aDer.begin(), aDer.end());
+    description.subject = nameText(X509_get_subject_name(certificate.get()));
+    description.issuer = nameText(X509_get_issuer_name(certificate.get()));
+    description.serialNumber = serialNumberText(X509_get0_serialNumber(certificate.get()));
+    description.notBefore = timeText(X509_get0_notBefore(certificate.get()));
+    description.notAfter = timeText(X509_get0_notAfter(certificate.get()));
+    description.sha256Fingerprint = fingerprintText(*certificate);
+    description.subjectAlternativeNames = alternativeNames(*certificate);
+    describePublicKey(description, *certificate);
+    return description;
+}
+
+void describeAttributes(Certificate& aDescription, X509& aCertificate) {
+    int length = 0;
+    if (const auto* alias = X509_alias_get0(&aCertificate, &length)) {
+        aDescription.label.emplace(alias, alias + length);
+    }
+    if (const auto* id = X509_keyid_get0(&aCertificate, &length)) {
+        aDescription.id = toHex({id, static_cast<std::size_t>(length)});
+    }
 }
 
 } // namespace
 
-Response describeCertificate(X509& aCertificate) {
-    Response response;
-    response.add("subject", nameText(X509_get_subject_name(&aCertificate)));
-    response.add("issuer", nameText(X509_get_issuer_name(&aCertificate)));
-    response.add("serialNumber", serialNumberText(X509_get0_serialNumber(&aCertificate)));
-    response.add("notBefore", timeText(X509_get0_notBefore(&aCertificate)));
-    response.add("notAfter", timeText(X509_get0_notAfter(&aCertificate)));
-    response.add("sha256Fingerprint", fingerprintText(aCertificate));
-    response.add("subjectAlternativeNames", alternativeNames(aCertificate));
-    addPublicKey(response, aCertificate);
-    response.add("pem", pemText(aCertificate));
-    return response;
+std::vector<unsigned char> toDer(const X509& aCertificate) {
+    unsigned char* bytes = nullptr;
+    const auto length = i2d_X509(&aCertificate, &bytes);
+    require(length > 0);
+    const std::unique_ptr<unsigned char, FreeWith<freeBytes>> owner(bytes);
+    return {bytes, bytes + length};
+}
+
+Certificate describeCertificate(Bytes aDer) {
+    return confirmed([&] { return describeOnce(aDer); });
+}
+
+Certificate describeCertificate(const X509& aCertificate) {
+    auto description = describeCertificate(toDer(aCertificate));
+    // These functions only read, but take a pointer to an object that is not const.
+    describeAttributes(description, const_cast<X509&>(aCertificate));
+    return description;
+}
+
+bool isIssuedBy(Bytes aCertificate, Bytes aIssuer) {
+    return confirmed([&] {
+        const auto certificate = parseCertificate(aCertificate);
+        const auto issuer = parseCertificate(aIssuer);
+        if (!certificate || !issuer) return false;
+        auto* const key = X509_get0_pubkey(issuer.get());
+        return key != nullptr &&
+               X509_NAME_cmp(X509_get_issuer_name(certificate.get()),
+                             X509_get_subject_name(issuer.get())) == 0 &&
+               X509_verify(certificate.get(), key) == 1;
+    });
 }
 
 } // namespace plugins

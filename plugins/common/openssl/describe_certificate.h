@@ -1,14 +1,16 @@
 #pragma once
 
-#include "openssl_handles.h"
+#include "plugins/common/certificate.h"
+
+#include <openssl/x509.h>
 
 namespace plugins {
 
-/// Describes @p aCertificate: "subject", "issuer", "serialNumber", "notBefore", "notAfter",
-/// "sha256Fingerprint", "subjectAlternativeNames", "publicKeyAlgorithm", "publicKeyBits" and
-/// "pem", in this order; docs/plugins.md describes them.
-///
-/// Throws Failure (InvalidCertificate) if a part of it cannot be decoded.
-Response describeCertificate(X509& aCertificate);
+/// Describes @p aCertificate, with its alias as label and its key identifier as id, if it has them.
+/// Throws as describeCertificate(Bytes) does.
+Certificate describeCertificate(const X509& aCertificate);
+
+/// Returns the DER form of @p aCertificate. Throws std::bad_alloc.
+std::vector<unsigned char> toDer(const X509& aCertificate);
 
 } // namespace plugins

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "plugins/common/plugin_reply.h"
+#include "plugins/common/failure.h"
 
 #include <openssl/bio.h>
 #include <openssl/err.h>
@@ -9,8 +9,10 @@
 #include <openssl/x509v3.h>
 
 #include <memory>
+#include <new>
+#include <optional>
 #include <string>
-#include <string_view>
+#include <utility>
 
 namespace plugins {
 
@@ -33,8 +35,8 @@ using KeyHandle = std::unique_ptr<EVP_PKEY, FreeWith<EVP_PKEY_free>>;
 using NamesHandle = std::unique_ptr<GENERAL_NAMES, FreeWith<GENERAL_NAMES_free>>;
 using Pkcs12Handle = std::unique_ptr<PKCS12, FreeWith<PKCS12_free>>;
 
-/// Returns OpenSSL's words for the first failure it remembers, which caused the rest, and forgets
-/// them all.
+/// Returns OpenSSL's text for the first failure in its queue, which caused the others, and empties
+/// the queue.
 inline std::string takeReason() {
     const char* details = nullptr;
     int flags = 0;
@@ -46,10 +48,11 @@ inline std::string takeReason() {
     return reason;
 }
 
-/// Throws Failure (InternalError) unless @p aSucceeded. For calls that fail for want of memory
-/// only.
+/// Throws std::bad_alloc unless @p aSucceeded. For calls that fail only if memory runs out.
 inline void require(bool aSucceeded) {
-    if (!aSucceeded) throw Failure(ErrorCode::InternalError, "libcrypto: " + takeReason());
+    if (aSucceeded) return;
+    ERR_clear_error();
+    throw std::bad_alloc();
 }
 
 /// Returns a memory stream that can be written and read.
@@ -59,13 +62,45 @@ inline BioHandle makeBuffer() {
     return buffer;
 }
 
-/// Returns what has been written to @p aBuffer and not been read yet.
+/// Returns and removes the unread text of @p aBuffer.
 inline std::string takeText(BIO* aBuffer) {
     std::string text(BIO_ctrl_pending(aBuffer), '\0');
     std::size_t length = 0;
     if (!text.empty()) require(BIO_read_ex(aBuffer, text.data(), text.size(), &length) == 1);
     text.resize(length);
     return text;
+}
+
+/// The result of a function, or the Failure that it threw.
+template <typename Result>
+struct Outcome {
+    std::optional<Result> result;
+    std::optional<std::pair<ErrorCode, std::string>> failure;
+
+    bool operator==(const Outcome&) const = default;
+};
+
+template <typename Work>
+auto attempt(const Work& aWork) {
+    Outcome<decltype(aWork())> outcome;
+    ERR_clear_error();
+    try {
+        outcome.result = aWork();
+    } catch (const Failure& failure) {
+        outcome.failure.emplace(failure.getCode(), failure.what());
+    }
+    return outcome;
+}
+
+/// Returns the result of @p aWork, or throws its Failure. OpenSSL does not report every failed
+/// allocation as one: a key may then seem to be of an unknown kind, or a password to be wrong.
+/// Therefore the work is done twice, and a difference is reported as std::bad_alloc.
+template <typename Work>
+auto confirmed(const Work& aWork) {
+    auto outcome = attempt(aWork);
+    if (!(attempt(aWork) == outcome)) throw std::bad_alloc();
+    if (outcome.failure) throw Failure(outcome.failure->first, outcome.failure->second);
+    return *std::move(outcome.result);
 }
 
 } // namespace plugins

@@ -10,8 +10,6 @@
 #include <cstring>
 #include <vector>
 
-using nlohmann::json;
-
 namespace plugins {
 
 namespace {
@@ -87,8 +85,8 @@ std::string alternativeNameText(const CERT_ALT_NAME_ENTRY& aName) {
     }
 }
 
-json alternativeNames(const CERT_INFO& aInfo) {
-    auto texts = json::array();
+std::vector<std::string> alternativeNames(const CERT_INFO& aInfo) {
+    std::vector<std::string> texts;
     const auto* const extension =
         CertFindExtension(szOID_SUBJECT_ALT_NAME2, aInfo.cExtension, aInfo.rgExtension);
     if (!extension) return texts;
@@ -134,57 +132,81 @@ const KeyKind* findCurve(const CRYPT_ALGORITHM_IDENTIFIER& aAlgorithm) {
 }
 
 // A key of a kind that is not known here is shown by its identifier.
-void addPublicKey(Response& aResponse, CERT_PUBLIC_KEY_INFO aKey) {
+void describePublicKey(Certificate& aDescription, CERT_PUBLIC_KEY_INFO aKey) {
     const std::string_view identifier(aKey.Algorithm.pszObjId);
     const auto* const kind = findKind(keyKinds, identifier);
-    aResponse.add("publicKeyAlgorithm", kind ? kind->name : identifier);
+    aDescription.publicKeyAlgorithm = kind ? kind->name : identifier;
     const auto* const size = identifier == szOID_ECC_PUBLIC_KEY ? findCurve(aKey.Algorithm) : kind;
-    auto bits = size ? static_cast<DWORD>(size->bits) : 0;
-    if (bits == 0) bits = CertGetPublicKeyLength(certificateEncoding, &aKey);
-    aResponse.add("publicKeyBits", bits == 0 ? json(nullptr) : json(bits));
+    auto bits = size ? size->bits : 0;
+    if (bits == 0) bits = static_cast<int>(CertGetPublicKeyLength(certificateEncoding, &aKey));
+    if (bits != 0) aDescription.publicKeyBits = bits;
 }
 
-std::string base64Text(Bytes aBytes) {
-    DWORD length = 0;
-    std::string text;
-    const auto convert = [&](char* aDest) {
-        if (!CryptBinaryToStringA(aBytes.data(), static_cast<DWORD>(aBytes.size()),
-                                  CRYPT_STRING_BASE64 | CRYPT_STRING_NOCRLF, aDest, &length)) {
-            throw Failure(ErrorCode::InternalError, "crypt32: " + errorText(GetLastError()));
-        }
-    };
-    convert(nullptr);
-    text.resize(length);
-    convert(text.data());
-    text.resize(std::strlen(text.c_str())); // the length may count the terminating null
-    return text;
+// Empty if the certificate does not have the property.
+std::vector<unsigned char> propertyOf(const CERT_CONTEXT& aCertificate, DWORD aProperty) {
+    DWORD size = 0;
+    if (!CertGetCertificateContextProperty(&aCertificate, aProperty, nullptr, &size)) return {};
+    std::vector<unsigned char> bytes(size);
+    if (!CertGetCertificateContextProperty(&aCertificate, aProperty, bytes.data(), &size))
+        return {};
+    bytes.resize(size);
+    return bytes;
 }
 
-std::string pemText(const CERT_CONTEXT& aCertificate) {
-    constexpr std::size_t lineLength = 64;
-    const auto digits = base64Text({aCertificate.pbCertEncoded, aCertificate.cbCertEncoded});
-    std::string text = "-----BEGIN CERTIFICATE-----\n";
-    for (std::size_t i = 0; i < digits.size(); i += lineLength) {
-        text += digits.substr(i, lineLength) + '\n';
-    }
-    return text + "-----END CERTIFICATE-----\n";
+void describeAttributes(Certificate& aDescription, const CERT_CONTEXT& aCertificate) {
+    const auto name = propertyOf(aCertificate, CERT_FRIENDLY_NAME_PROP_ID);
+    std::wstring label(name.size() / sizeof(wchar_t), L'\0');
+    if (!label.empty()) std::memcpy(label.data(), name.data(), label.size() * sizeof(wchar_t));
+    while (label.ends_with(L'\0')) label.pop_back();
+    if (!label.empty()) aDescription.label = toUtf8(label);
+    const auto id = propertyOf(aCertificate, CERT_KEY_IDENTIFIER_PROP_ID);
+    if (!id.empty()) aDescription.id = toHex(id);
+}
+
+CertificateHandle parseCertificate(Bytes aDer) {
+    return CertificateHandle(CertCreateCertificateContext(certificateEncoding, aDer.data(),
+                                                          static_cast<DWORD>(aDer.size())));
 }
 
 } // namespace
 
-Response describeCertificate(const CERT_CONTEXT& aCertificate) {
+Certificate describeCertificate(const CERT_CONTEXT& aCertificate) {
     const CERT_INFO& info = *aCertificate.pCertInfo;
-    Response response;
-    response.add("subject", nameText(bytesOf(info.Subject)));
-    response.add("issuer", nameText(bytesOf(info.Issuer)));
-    response.add("serialNumber", serialNumberText(info.SerialNumber));
-    response.add("notBefore", timeText(info.NotBefore));
-    response.add("notAfter", timeText(info.NotAfter));
-    response.add("sha256Fingerprint", fingerprintText(aCertificate));
-    response.add("subjectAlternativeNames", alternativeNames(info));
-    addPublicKey(response, info.SubjectPublicKeyInfo);
-    response.add("pem", pemText(aCertificate));
-    return response;
+    Certificate description;
+    description.der.assign(aCertificate.pbCertEncoded,
+                           aCertificate.pbCertEncoded + aCertificate.cbCertEncoded);
+    description.subject = nameText(bytesOf(info.Subject));
+    description.issuer = nameText(bytesOf(info.Issuer));
+    description.serialNumber = serialNumberText(info.SerialNumber);
+    description.notBefore = timeText(info.NotBefore);
+    description.notAfter = timeText(info.NotAfter);
+    description.sha256Fingerprint = fingerprintText(aCertificate);
+    description.subjectAlternativeNames = alternativeNames(info);
+    describePublicKey(description, info.SubjectPublicKeyInfo);
+    describeAttributes(description, aCertificate);
+    return description;
+}
+
+Certificate describeCertificate(Bytes aDer) {
+    const auto certificate = parseCertificate(aDer);
+    // The system accepts further bytes after the certificate.
+    if (!certificate || certificate->cbCertEncoded != aDer.size()) {
+        throw Failure(ErrorCode::InvalidCertificate,
+                      "the certificate cannot be decoded: " + errorText(GetLastError()));
+    }
+    return describeCertificate(*certificate);
+}
+
+bool isIssuedBy(Bytes aCertificate, Bytes aIssuer) {
+    const auto certificate = parseCertificate(aCertificate);
+    const auto issuer = parseCertificate(aIssuer);
+    if (!certificate || !issuer) return false;
+    return CertCompareCertificateName(certificateEncoding, &certificate->pCertInfo->Issuer,
+                                      &issuer->pCertInfo->Subject) &&
+           CryptVerifyCertificateSignatureEx(
+               0, certificateEncoding, CRYPT_VERIFY_CERT_SIGN_SUBJECT_CERT,
+               const_cast<CERT_CONTEXT*>(certificate.get()), CRYPT_VERIFY_CERT_SIGN_ISSUER_CERT,
+               const_cast<CERT_CONTEXT*>(issuer.get()), 0, nullptr);
 }
 
 } // namespace plugins

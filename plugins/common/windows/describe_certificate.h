@@ -1,13 +1,12 @@
 #pragma once
 
+#include "plugins/common/certificate.h"
 #include "system_certificates.h"
 
 namespace plugins {
 
-/// Describes @p aCertificate with the same elements in the same order and form as the certificate
-/// file plugin does; docs/plugins.md describes them.
-///
-/// Throws Failure (InvalidCertificate) if a part of it cannot be decoded.
-Response describeCertificate(const CERT_CONTEXT& aCertificate);
+/// Describes @p aCertificate, with its friendly name as label and its key identifier as id, if it
+/// has them. Throws as describeCertificate(Bytes) does.
+Certificate describeCertificate(const CERT_CONTEXT& aCertificate);
 
 } // namespace plugins

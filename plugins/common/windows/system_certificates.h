@@ -1,22 +1,16 @@
 #pragma once
 
 #include "plugins/common/certificate_text.h"
-#include "plugins/common/plugin_reply.h"
+#include "plugins/common/failure.h"
+#include "system_text.h"
 
 #include <memory>
 #include <string>
-#include <string_view>
 #include <type_traits>
-
-#define WIN32_LEAN_AND_MEAN
-#ifndef NOMINMAX
-#define NOMINMAX
-#endif
-#include <windows.h>
 
 #include <wincrypt.h>
 
-// Owners for what the system's cryptographic library hands out, and its texts as UTF-8.
+// Owners of the objects of the system's cryptographic library, and its texts as UTF-8.
 namespace plugins {
 
 inline constexpr DWORD certificateEncoding = X509_ASN_ENCODING | PKCS_7_ASN_ENCODING;
@@ -38,12 +32,6 @@ struct LocalCloser {
 };
 template <typename Structure>
 using LocalHandle = std::unique_ptr<Structure, LocalCloser>;
-
-/// Returns the system's words for its error @p aNumber, with the number.
-std::string errorText(DWORD aNumber);
-
-std::string toUtf8(std::wstring_view aText);
-std::wstring toUtf16(std::string_view aText);
 
 /// Of CRYPT_DATA_BLOB and all the structures of its shape.
 template <typename Blob>
