@@ -1,5 +1,4 @@
-// The first byte says which encoding the others are in; each is compared with another way to the
-// same text.
+// The first byte selects the encoding of the others; each decoder is compared with a second one.
 #include "fuzz/require.h"
 #include "vexil/exceptions.h"
 #include "vexil/unicode_strings.h"
@@ -16,7 +15,7 @@ using namespace vexil;
 
 namespace {
 
-/// What decoding gives, or why it failed.
+/// The decoded text, or the failure.
 struct Outcome {
     std::u32string content;
     std::string failure;
@@ -43,7 +42,7 @@ Outcome decode(std::int32_t aEncoding, const std::string& aBytes) {
     });
 }
 
-/// The system's code page 1252, with '?' for what it does not define.
+/// The system's code page 1252, with '?' for undefined bytes.
 char32_t convertWindows1252(char aByte) {
     static const iconv_t converter = iconv_open("UTF-32LE", "CP1252");
     char32_t code = 0;
@@ -94,7 +93,7 @@ std::u32string withoutEscapes(std::u32string_view aText) {
     return result;
 }
 
-/// Text behind a byte order mark or without one, its escapes kept.
+/// Decodes text with or without a byte order mark and keeps its escapes.
 Outcome decodeKeeping(const std::string& aBytes) {
     if (aBytes.starts_with("\xEF\xBB\xBF")) return decode(Utf8, aBytes.substr(3));
     if (!aBytes.starts_with("\xFE\xFF")) {

@@ -1,4 +1,4 @@
-// The conversion agrees with the runtime's wherever both promise the same.
+// The conversion agrees with the runtime's wherever their contracts agree.
 #include "fuzz/require.h"
 #include "vexil/numbers/decimal_conversion.h"
 
@@ -15,15 +15,15 @@ bool isDigit(char aChar) {
     return aChar >= '0' && aChar <= '9';
 }
 
-/// A number in a text, and the same number without the digits behind the 17th.
+/// A number in a text, and the same number without the digits after the 17th.
 struct Number {
-    std::size_t length = 0; ///< of all up to its end; 0: there is none
+    std::size_t length = 0; ///< of the text including the number; 0: there is no number
     std::string text;       ///< for the runtime
     bool isZero = true;
     std::int64_t exponent = 0; ///< as written, not above 10 billion
 };
 
-/// Takes the digits from @p aPos on; those behind the 17th that counts become zeros.
+/// Takes the digits from @p aPos on; those after the 17th significant one become zeros.
 std::size_t takeDigits(const std::string& aText, std::size_t aPos, int& aTaken, Number& aNumber) {
     for (; isDigit(aText[aPos]); ++aPos) {
         if (aText[aPos] != '0' || aTaken > 0) ++aTaken;
@@ -33,7 +33,7 @@ std::size_t takeDigits(const std::string& aText, std::size_t aPos, int& aTaken, 
     return aPos;
 }
 
-/// Takes an exponent if a whole one is there.
+/// Takes an exponent if there is a complete one.
 std::size_t takeExponent(const std::string& aText, std::size_t aPos, Number& aNumber) {
     if (aText[aPos] != 'e' && aText[aPos] != 'E') return aPos;
     std::size_t pos = aPos + 1;
@@ -69,7 +69,7 @@ Number findNumber(const std::string& aText) {
     return number;
 }
 
-/// What differs by design: an exponent beyond 32 bits is a range error even of a zero.
+/// Differs from the runtime by design: an exponent beyond 32 bits is a range error even of a zero.
 double expectedValue(const Number& aNumber) {
     if (aNumber.isZero && aNumber.exponent > std::numeric_limits<std::int32_t>::max()) {
         return std::copysign(std::numeric_limits<double>::infinity(),
@@ -99,13 +99,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* aData, std::size_t aSi
     const char* end = nullptr;
     const double value = vexil::strToDouble(text.c_str(), &end);
     const int error = errno;
+    const char* boundedEnd = nullptr;
+    const double bounded = vexil::strToDouble(text.data(), text.data() + text.size(), &boundedEnd);
+    require(std::bit_cast<std::uint64_t>(bounded) == std::bit_cast<std::uint64_t>(value) &&
+                boundedEnd == end,
+            "text without a terminator is converted equally");
     require(end == text.c_str() + number.length, "the end is that of the number");
     require(error == 0 || error == ERANGE, "no other error is set");
     if (number.length == 0) {
         require(std::bit_cast<std::uint64_t>(value) == 0 && error == 0, "no number gives zero");
         return 0;
     }
-    // How many digits a zero has decides only where its exponent is at the limit of 32 bits.
+    // The number of digits of a zero matters only for exponents at the limit of 32 bits.
     constexpr std::int64_t clearOfTheLimit = 2'147'000'000;
     const bool isAtTheLimit =
         std::abs(number.exponent) > clearOfTheLimit && std::abs(number.exponent) <= 2'147'483'648;

@@ -1,4 +1,4 @@
-// UTF-8 and UTF-16 come back as they were, and what is refused is what a second decoder refuses.
+// UTF-8 and UTF-16 survive a round trip, and a second decoder agrees on malformed text.
 #include "fuzz/require.h"
 #include "vexil/exceptions.h"
 #include "vexil/unicode_strings.h"
@@ -41,7 +41,7 @@ LeadByte classify(std::uint8_t aByte) {
     return {4, 1, 0};
 }
 
-/// What is wrong with a text: "invalid code", "truncated" or nothing.
+/// The fault of a text, "invalid code" or "truncated"; empty if it is valid.
 std::string findFault(const std::string& aText, std::u32string& aCodes) {
     for (std::size_t pos = 0; pos < aText.size();) {
         const auto at = [&](std::size_t aPos) { return static_cast<std::uint8_t>(aText[aPos]); };
@@ -67,20 +67,20 @@ void checkUtf8(const std::string& aText) {
     std::string expected = findFault(aText, codes);
     if (!expected.empty()) expected.insert(0, "UnicodeString32::assignUtf8(): ");
     const auto checked = failureOf([&] { UnicodeString32::checkUtf8(aText.data(), aText.size()); });
-    require(checked == expected, "checkUtf8() refuses what is malformed");
+    require(checked == expected, "checkUtf8() refuses malformed text");
     UnicodeString32 string(Latin1, "old");
     const auto assigned = failureOf([&] { string.assignUtf8(aText); });
-    require(assigned == expected, "assignUtf8() refuses what is malformed");
+    require(assigned == expected, "assignUtf8() refuses malformed text");
     if (!expected.empty()) {
         require(string.asUtf8() == "old", "a failed assignUtf8() changes nothing");
         return;
     }
     require(std::u32string(string.getData(), string.getData() + string.getLength()) == codes,
             "the code points are those of the text");
-    require(string.asUtf8() == aText, "UTF-8 comes back as it was");
+    require(string.asUtf8() == aText, "UTF-8 survives a round trip");
 }
 
-/// The units of a text, or the fault.
+/// The fault of UTF-16 text; empty if it is valid.
 std::string findFault(const std::vector<std::uint16_t>& aUnits) {
     for (std::size_t i = 0; i < aUnits.size(); ++i) {
         if (aUnits[i] < 0xD800 || aUnits[i] > 0xDFFF) continue;
@@ -112,9 +112,9 @@ void checkUtf16(const std::vector<std::uint16_t>& aUnits) {
     const auto count = static_cast<std::uint32_t>(aUnits.size());
     UnicodeString32 string(Latin1, "old");
     const auto assigned = failureOf([&] { string.assignUtf16(aUnits.data(), count); });
-    require(assigned == expected, "assignUtf16() refuses what is malformed");
+    require(assigned == expected, "assignUtf16() refuses malformed text");
     if (expected.empty()) {
-        require(encode(string) == aUnits, "UTF-16 comes back as it was");
+        require(encode(string) == aUnits, "UTF-16 survives a round trip");
         require(UnicodeStringBase::lengthForUTF32(aUnits.data(), count) == string.getLength(),
                 "lengthForUTF32() counts the code points");
     } else {
@@ -128,19 +128,20 @@ void checkCodes(const std::vector<std::uint32_t>& aCodes) {
     bool isText = true;
     for (const std::uint32_t code : aCodes) {
         const auto appended = failureOf([&] { string.append(code); });
-        require(appended.empty() == (code <= 0x10FFFF), "append() takes every code point");
+        require(appended.empty() == (code <= 0x10FFFF), "append() accepts every code point");
         const bool isScalar = code < 0xD800 || (code > 0xDFFF && code <= 0x10FFFF);
         const auto piece = failureOf([&] {
             char form[4];
             pieces.append(form, UnicodeString32::encodeUtf8(form, code));
         });
-        require(piece.empty() == isScalar, "encodeUtf8() takes all but surrogates");
+        require(piece.empty() == isScalar,
+                "encodeUtf8() accepts all code points except surrogates");
         isText = isText && (isScalar || code > 0x10FFFF);
     }
     std::string whole;
     const auto written = failureOf([&] { whole = string.asUtf8(); });
     require(written.empty() == isText, "asUtf8() refuses surrogates");
-    require(!isText || whole == pieces, "the whole is its pieces");
+    require(!isText || whole == pieces, "asUtf8() equals the concatenation of the single forms");
 }
 
 template <class Unit>

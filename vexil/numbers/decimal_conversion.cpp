@@ -256,7 +256,8 @@ const char* findEnd(const char* aText) {
     return aText + std::strspn(aText, " \t\n\v\f\r+-.0123456789eE");
 }
 
-/// The value of the number and its end; null if there is no number.
+/// Converts the number at the front of the text and returns the position after it, or null if there
+/// is none.
 const char* convertText(double& aResult, Text aText, const BinaryFloatFormat& aFormat) {
     const Decimal decimal = scanDecimal(aText, aFormat);
     const std::int32_t infinityExponent = aFormat.maxExponent - aFormat.minExponent + 2;

@@ -6,7 +6,7 @@
 
 using Words = std::vector<std::uint32_t>;
 
-/// A number with room for @p aCap more words, and a last one that nothing may write.
+/// A number with capacity for @p aCap more words, followed by a guard word.
 struct Number {
     explicit Number(const Words& aWords, std::int32_t aCap = 0) : buffer(aWords) {
         buffer.resize(aWords.size() + static_cast<std::uint32_t>(aCap) + 1, 0xA5A5A5A5);
