@@ -26,6 +26,25 @@ function(install_manual_pages component)
   endforeach()
 endfunction()
 
+# install_converted_pages(COMPONENT DOCUMENT...): docs/DOCUMENT.md as the manual page
+# certbridge-DOCUMENT(7). The conversion needs Python; without it the page is not installed.
+function(install_converted_pages component)
+  find_package(Python3 3.9 COMPONENTS Interpreter)
+  if(WIN32 OR NOT Python3_FOUND)
+    return()
+  endif()
+  list(TRANSFORM ARGN REPLACE "(.+)" "\\1.md=certbridge-\\1" OUTPUT_VARIABLE links)
+  foreach(name IN LISTS ARGN)
+    set(document "${PROJECT_SOURCE_DIR}/docs/${name}.md")
+    set(page "${PROJECT_BINARY_DIR}/documents/certbridge-${name}.7")
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${document}")
+    execute_process(COMMAND "${Python3_EXECUTABLE}" "${PROJECT_SOURCE_DIR}/scripts/make_manual_page.py"
+      "${document}" certbridge-${name} ${PROJECT_VERSION} "${page}" ${links}
+      COMMAND_ERROR_IS_FATAL ANY)
+    install(FILES "${page}" DESTINATION "${CMAKE_INSTALL_MANDIR}/man7" COMPONENT ${component})
+  endforeach()
+endfunction()
+
 set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/certbridge")
 
 install(TARGETS certbridge certbridge_check EXPORT certbridge-targets
@@ -42,6 +61,7 @@ install_documents(runtime
   docs/windows.md)
 include(BillOfMaterials)
 install_manual_pages(runtime docs/certbridge.1 docs/certbridge-check.1)
+install_converted_pages(runtime protocol plugins plugin-authors)
 
 # Plugins are loaded by path. On Windows they are installed beside the program.
 if(WIN32)

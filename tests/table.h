@@ -26,13 +26,10 @@ struct TableRow {
 std::vector<TableRow> readTable(const std::string& aFile, std::size_t aCount);
 
 /// A test suite whose tests run once for each row of a table.
-class TableTest : public testing::TestWithParam<TableRow> {
-protected:
-    static const std::string& column(std::size_t aIndex) { return GetParam().columns.at(aIndex); }
-};
+class TableTest : public testing::TestWithParam<TableRow> {};
 
 /// Runs the tests of @p suite, a class derived from TableTest, for each row of tests/data/@p file.
-/// A row is a test of its own: Rows/Suite.Test/Line12_text.
+/// Each row is a separate test: Rows/Suite.Test/Line12_text.
 #define INSTANTIATE_TABLE(suite, file, count)                                                      \
     INSTANTIATE_TEST_SUITE_P(Rows, suite, testing::ValuesIn(readTable(file, count)),               \
                              [](const auto& aInfo) { return nameOfRow(aInfo.param); })
