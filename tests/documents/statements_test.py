@@ -130,7 +130,7 @@ def fuzz_targets():
 
 
 def plugin_error_codes():
-    return set(re.findall(r"^    \w+ = (\d+),", read("plugins/common/plugin_reply.h"), re.MULTILINE))
+    return set(re.findall(r"^    \w+ = (\d+),", read("plugins/common/failure.h"), re.MULTILINE))
 
 
 def plugin_libraries():
