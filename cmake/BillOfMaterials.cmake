@@ -4,7 +4,6 @@
 # The licences of the libraries, by the package that provides them.
 set(licence_of_CURL curl)
 set(licence_of_OpenSSL Apache-2.0)
-set(licence_of_nlohmann_json MIT)
 
 set(spdx_packages)
 set(spdx_relationships)
@@ -46,11 +45,7 @@ macro(add_spdx_library target)
     set(licence "${licence_of_${package}}")
   endif()
   add_spdx_package(${package} "${version}" "${licence}")
-  if(package STREQUAL nlohmann_json) # header-only
-    add_spdx_relationship(SPDXRef-certbridge STATIC_LINK ${id})
-  else()
-    add_spdx_relationship(SPDXRef-certbridge DYNAMIC_LINK ${id})
-  endif()
+  add_spdx_relationship(SPDXRef-certbridge DYNAMIC_LINK ${id})
 endmacro()
 
 add_spdx_package(certbridge "${PROJECT_VERSION}" MIT)
