@@ -12,7 +12,7 @@ import sys
 import tempfile
 import unittest
 
-from documents import SOURCE, read
+from documents import SOURCE, add_tests, read
 
 BUILD = pathlib.Path(sys.argv[1]).resolve()
 COMPILER = sys.argv[2:]
@@ -90,6 +90,5 @@ class Callers(unittest.TestCase):
                 self.assertEqual(result.stdout.strip(), output)
 
 
-for caller in CALLERS:
-    setattr(Callers, f"test_{caller}", lambda self, name=caller: self.check_caller(name))
+add_tests(Callers, "check_caller", {name: [name] for name in CALLERS})
 unittest.main(argv=sys.argv[:1])

@@ -13,7 +13,7 @@ import sys
 import tempfile
 import unittest
 
-from documents import SOURCE, blocks, manual_examples, read
+from documents import SOURCE, add_tests, blocks, manual_examples, read
 from transcripts import repeat
 
 BUILD = pathlib.Path(sys.argv[1]).resolve()
@@ -120,11 +120,7 @@ class Commands(unittest.TestCase):
         self.assertEqual(unused, [])
 
 
-for document in DOCUMENTS:
-    if document not in TESTED_ELSEWHERE:
-        test = lambda self, name=document: self.check_document(name)
-        setattr(Commands, f"test_{document}", test)
-for label, row in MANUAL_EXAMPLES.items():
-    setattr(Commands, f"test_{label}", lambda self, row=row: self.check_manual_example(*row))
-
+tested_here = [name for name in DOCUMENTS if name not in TESTED_ELSEWHERE]
+add_tests(Commands, "check_document", {name: [name] for name in tested_here})
+add_tests(Commands, "check_manual_example", MANUAL_EXAMPLES)
 unittest.main(argv=sys.argv[:1])

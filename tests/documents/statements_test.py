@@ -13,7 +13,7 @@ import subprocess
 import sys
 import unittest
 
-from documents import SOURCE, code_spans, manual_tags, plain_roff, read, table
+from documents import SOURCE, add_tests, code_spans, manual_tags, plain_roff, read, table
 
 BUILD = pathlib.Path(sys.argv[1]).resolve()
 PROTOCOL = read("docs/protocol.md")
@@ -267,6 +267,5 @@ class Statements(unittest.TestCase):
         )
 
 
-for label, row in STATEMENTS.items():
-    setattr(Statements, f"test_{label}", lambda self, row=row: self.check_statement(*row))
+add_tests(Statements, "check_statement", STATEMENTS)
 unittest.main(argv=sys.argv[:1])
