@@ -96,11 +96,11 @@ public:
 
     bool hasMark() const { return vmaxvq_u8(mBytes) >= 0x80; }
     std::size_t countUnmarked() const {
-        // Narrowing keeps four bits of each byte, the topmost of which is the mark.
-        const uint8x8_t narrow = vshrn_n_u16(vreinterpretq_u16_u8(mBytes), 4);
-        const std::uint64_t marks =
-            vget_lane_u64(vreinterpret_u64_u8(narrow), 0) & 0x8888888888888888;
-        return static_cast<std::size_t>(std::countr_zero(marks)) / 4;
+        // Marked bytes become all ones; narrowing then keeps four bits of each byte.
+        const uint8x16_t marked = vcltzq_s8(vreinterpretq_s8_u8(mBytes));
+        const uint8x8_t narrow = vshrn_n_u16(vreinterpretq_u16_u8(marked), 4);
+        const std::uint64_t bits = vget_lane_u64(vreinterpret_u64_u8(narrow), 0);
+        return static_cast<std::size_t>(std::countr_zero(bits)) / 4;
     }
 
 private:

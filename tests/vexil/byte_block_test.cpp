@@ -21,7 +21,7 @@ void forEachBlock(const Check& aCheck) {
                 Bytes bytes;
                 bytes.fill(static_cast<unsigned char>(value ^ difference));
                 bytes[position] = static_cast<unsigned char>(value);
-                aCheck(bytes);
+                ASSERT_NO_FATAL_FAILURE(aCheck(bytes));
             }
         }
     }
