@@ -25,6 +25,7 @@ namespace vexil {
 
 #else
 
+/// Checks a condition; has no effect without VEXIL_ASSERTIONS.
 #define VEXIL_ASSERT(condition) static_cast<void>(sizeof((condition) ? 1 : 0))
 
 #endif
