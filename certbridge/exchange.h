@@ -27,11 +27,11 @@ void loadPluginLibrary(FailurePort& aPort, vexil::DynamicLibrary& aLibrary,
 GetPluginFunction findGetPlugin(FailurePort& aPort, vexil::DynamicLibrary& aLibrary);
 
 /// Calls the export. Reports a null result with code 100 as
-/// "no plugin object from DLL's GetPlugin function". Passes on what the plugin throws.
+/// "no plugin object from DLL's GetPlugin function". Exceptions of the plugin pass through.
 Plugin& getPluginObject(FailurePort& aPort, GetPluginFunction aGetPlugin);
 
 /// Asks for the plugin's type, once. Reports a type other than 1 as "wrong plugin type", code 100.
-/// Passes on what the plugin throws.
+/// Exceptions of the plugin pass through.
 void requireCertificatePlugin(FailurePort& aPort, Plugin& aPlugin);
 
 /// The texts that a plugin has set, owned by the plugin; null if not set.
@@ -40,7 +40,7 @@ struct PluginTexts {
     const char* error;
 };
 
-/// Sends the request text and returns the plugin's texts. Passes on what the plugin throws.
+/// Sends the request text and returns the plugin's texts. Exceptions of the plugin pass through.
 PluginTexts callPlugin(Plugin& aPlugin, const std::string& aRequestText);
 
 /// Returns the reply that counts: the error text if it is set, else the response. Reports a plugin

@@ -9,7 +9,7 @@
 ///
 /// The program guarantees that
 /// - the request has been read and validated before the library is loaded, and standard input is at
-///   its end;
+///   end of file;
 /// - all calls are made on the only thread of the program, never concurrently, and each of them
 ///   starts in the default floating-point environment;
 /// - it reads the reply right after getCertificate() has returned, before it makes any other call;

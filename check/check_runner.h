@@ -1,23 +1,36 @@
 #pragma once
 
+#include "check/check_list.h"
 #include "check/options.h"
-#include "check/plugin_checks.h"
 
+#include <chrono>
 #include <functional>
+#include <string>
 #include <vector>
 
-/// A check and how it ended.
+/// A check and its outcome.
 struct CheckResult {
     const Check* check;
     Outcome outcome;
+    std::chrono::milliseconds duration;
 };
 
-/// Runs every check, each in a process of its own or, if the options say so, all in this one, and
-/// hands each result over as soon as it is there. Throws std::runtime_error if no process can be
-/// started.
-std::vector<CheckResult> runChecks(const Options& aOptions,
-                                   const std::function<void(const CheckResult&)>& aReport);
+/// The results for one plugin.
+struct PluginResults {
+    const char* libraryName; ///< as on the command line
+    std::vector<CheckResult> checks;
+};
 
-/// In a child: runs the one check that the options name, sends its outcome, and ends the process as
-/// the check wants it.
-[[noreturn]] void runAsChild(const Options& aOptions);
+/// Receives the results as soon as they are available.
+class CheckObserver {
+public:
+    virtual ~CheckObserver() = default;
+    /// A check has been running for @p aTime; called about once a second.
+    virtual void showProgress(const Check& aCheck, std::chrono::seconds aTime) = 0;
+    virtual void addResult(const char* aLibraryName, const CheckResult& aResult) = 0;
+};
+
+/// Runs the selected checks on a plugin, each in a separate process or, if the options ask for it,
+/// all in this one. Throws std::runtime_error if no process can be started.
+[[nodiscard]] PluginResults runChecks(const Options& aOptions, const char* aLibraryName,
+                                      CheckObserver& aObserver);

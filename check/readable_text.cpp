@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t excerptSize = 160;
 
-// Not in the middle of a character, if these are characters.
+// Not inside a character, if the text is UTF-8.
 std::size_t endOfExcerpt(const std::string& aBytes) {
     std::size_t end = excerptSize;
     while (end > 0 && (static_cast<unsigned char>(aBytes[end]) & 0xC0U) == 0x80U) --end;
@@ -27,7 +27,7 @@ std::string readableText(const std::string& aBytes) {
             text.assignOctets(encoding, aBytes.data(), aBytes.size());
             return text.asUtf8();
         } catch (const vexil::EncodingError&) {
-            // It is another one.
+            // Not valid in this encoding.
         }
     }
     return vexil::UnicodeString32(vexil::Latin1, aBytes).asUtf8();

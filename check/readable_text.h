@@ -2,11 +2,11 @@
 
 #include <string>
 
-// Texts of strangers, made fit for a report.
+// Texts of unknown encoding, converted for a report.
 
-/// @p aBytes as UTF-8: they themselves if they are valid, else converted from the active code page,
-/// else each byte as the character of its number.
-std::string readableText(const std::string& aBytes);
+/// Returns @p aBytes unchanged if they are valid UTF-8, otherwise converted from the active code
+/// page or, if they are not valid there either, from ISO 8859-1.
+[[nodiscard]] std::string readableText(const std::string& aBytes);
 
 /// The beginning of @p aBytes in double quotes, on one line.
-std::string quotedExcerpt(const std::string& aBytes);
+[[nodiscard]] std::string quotedExcerpt(const std::string& aBytes);

@@ -3,10 +3,17 @@
 #include "check/readable_text.h"
 #include "check/throwing_port.h"
 #include "vexil/exceptions.h"
+#include "vexil/json/json_parser.h"
 #include "vexil/json/json_value.h"
+#include "vexil/json/json_writer.h"
+#include "vexil/streams.h"
 #include "vexil/unicode_strings.h"
 
+#include <array>
+#include <charconv>
+#include <cstdint>
 #include <cstring>
+#include <vector>
 
 using vexil::JsonType;
 using vexil::JsonValue;
@@ -23,7 +30,7 @@ std::string describe(const AlteredElement& aElement, const char* aListName) {
            reasons[aElement.reason] + "; it does not reach the caller unchanged";
 }
 
-// Callers read "code" and "message" of the error document.
+// Callers read the members "code" and "message" of the error document.
 void checkErrorDocument(const JsonValue& aDocument) {
     const JsonValue* const error = findMember(&aDocument, errorMode.resultKey);
     const JsonValue* const code = findMember(error, "code");
@@ -36,12 +43,44 @@ void checkErrorDocument(const JsonValue& aDocument) {
     }
 }
 
+// The number as written by the plugin, as far as a double preserves it.
+std::string formatExactly(double aNumber) {
+    std::array<char, 32> text;
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), aNumber).ptr;
+    return {text.data(), end};
+}
+
+// Callers receive numbers with six significant digits, unless they are 32-bit integers.
+void checkNumber(const JsonValue& aNumber) {
+    const std::string text = vexil::writeJsonText(aNumber);
+    const ValueHolder received = vexil::parseJsonText(vexil::ByteRange(text));
+    if (received->getFloat() == aNumber.getFloat()) return;
+    throw CheckFailure("the number " + formatExactly(aNumber.getFloat()) +
+                       " reaches the caller as " + text + "; send it as a string");
+}
+
+// Not recursive: a reply may be nested as deeply as memory allows.
+void checkNumbers(const JsonValue& aDocument) {
+    std::vector<const JsonValue*> pending{&aDocument};
+    while (!pending.empty()) {
+        const JsonValue& value = *pending.back();
+        pending.pop_back();
+        const JsonType type = value.getType();
+        if (type == JsonType::Float) checkNumber(value);
+        if (type != JsonType::Array && type != JsonType::Object) continue;
+        for (std::uint32_t index = 0; index < value.getSize(); ++index) {
+            pending.push_back(value.getValueAt(index));
+        }
+    }
+}
+
 void checkTranslation(const Reply& aReply) {
     const ReplyResult result = translateReply(port, aReply);
     if (result.firstAltered) {
         throw CheckFailure(describe(*result.firstAltered, aReply.mode.listName));
     }
     if (aReply.mode.isError) checkErrorDocument(*result.document);
+    checkNumbers(*result.document);
     port.printJson(*result.document);
 }
 

@@ -4,11 +4,12 @@
 
 #include <string>
 
-/// Takes the reply in @p aTexts as certbridge would. Throws CheckFailure where certbridge ends with
-/// an error, and more strictly
-/// - where it would leave an element out without a word: one without "value" or without a string
-///   "name", or would cut its name at a NUL character,
-/// - if an error reply has no number "errorCode" or no string "erroMessage", from which callers get
-///   "code" and "message".
-/// Returns a note for the report, mostly empty.
+/// Translates the reply in @p aTexts as certbridge would, once, and examines the result. Throws
+/// CheckFailure where certbridge would report an error, and also
+/// - if an element would be skipped, its name would be cut at a NUL, or one of its numbers would
+///   lose digits, all of which certbridge does silently,
+/// - if an error reply has no number "errorCode" or no string "erroMessage", which become the
+/// "code"
+///   and "message" that callers read.
+/// Returns a note for the report, usually empty.
 std::string checkReply(const PluginTexts& aTexts);

@@ -16,12 +16,11 @@ constexpr std::int32_t memberCount = 10000;
 constexpr std::size_t textSize = 1048576;
 
 constexpr const char* typicalRequest =
-    R"({"action":"getCertificate","file":"certificate.pem","subject":"example.org",)"
-    R"("store":"MY","password":"secret"})";
+    R"({"action":"getCertificate","file":"certificate.pem","subject":"example.org","store":"MY"})";
 
 constexpr const char* hostileRequest = R"({"action":"getCertificate",
     "":"", " ":" ", "name":"value", "value":{"name":"value","value":"name"}, "request":[],
-    "response":[], "error":[], "file":null, "subject":["a",["b"],{}], "store":-1, "password":true,
+    "response":[], "error":[], "file":null, "subject":["a",["b"],{}], "store":-1, "flag":true,
     "a":"first", "a":"second", "a":{"a":1,"a":2}, "A":false,
     "\"\\\/\b\f\n\r\t\u0001\u001f\u007f":"\"\\\/\b\f\n\r\t\u0000\u0001\u001f\u007f after",
     "Zo\u00eb \u6f22\u5b57 \ud83d\ude00 \ufeff\uffff\udbff\udfff":"\u00e9 \u0e01 \u202e \ud83d\ude00",

@@ -2,20 +2,21 @@
 
 #include "certbridge/name_value_list.h"
 
-// What the plugin is asked, each as the object that a caller would send to certbridge.
+// The requests sent to the plugin, each as the object that a caller would send to certbridge. None
+// has a member that suggests a secret: three wrong PINs block a card.
 
-/// A few texts, as most requests have them.
-ValueHolder makeTypicalRequest();
+/// A few members with texts, like most requests.
+[[nodiscard]] ValueHolder makeTypicalRequest();
 
-/// No members at all: the plugin gets an empty list.
-ValueHolder makeEmptyRequest();
+/// No members: the plugin receives an empty list.
+[[nodiscard]] ValueHolder makeEmptyRequest();
 
-/// Values of every type under names that may mean something else to the plugin, equal names, an
-/// empty one, all kinds of characters and numbers.
-ValueHolder makeHostileRequest();
+/// Values of every type, under names for which the plugin may expect another type; repeated and
+/// empty names; characters and numbers of all kinds.
+[[nodiscard]] ValueHolder makeHostileRequest();
 
-/// Arrays in arrays, 100000 of them.
-ValueHolder makeDeepRequest();
+/// A value of 100000 nested arrays.
+[[nodiscard]] ValueHolder makeDeepRequest();
 
 /// 10000 members, and one with a text of 1 MiB.
-ValueHolder makeLargeRequest();
+[[nodiscard]] ValueHolder makeLargeRequest();

@@ -62,6 +62,14 @@ install_documents(runtime
 include(BillOfMaterials)
 install_manual_pages(runtime docs/certbridge.1 docs/certbridge-check.1)
 install_converted_pages(runtime protocol plugins plugin-authors)
+if(NOT WIN32)
+  install(FILES check/completions/certbridge-check.bash RENAME certbridge-check
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT runtime)
+  install(FILES check/completions/_certbridge-check
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/site-functions" COMPONENT runtime)
+  install(FILES check/completions/certbridge-check.fish
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d" COMPONENT runtime)
+endif()
 
 # Plugins are loaded by path. On Windows they are installed beside the program.
 if(WIN32)

@@ -25,13 +25,13 @@ public:
 
     std::uint8_t answer = 0;
     std::string reply;
-    std::string request; ///< as it came
+    std::string request; ///< as received
     int calls = 0;
 };
 
 FuzzedPlugin plugin;
 
-/// Serves @p aRequest; the exit status of the program.
+/// Serves @p aRequest and returns the exit status of the program.
 int serve(RecordingPort& aPort, const std::string& aRequest) {
     try {
         serveRequest(aPort, aRequest, "plugin");
@@ -55,14 +55,14 @@ void checkPluginRequest(const JsonValue& aRequest) {
                     element.getNameAt(1)->getString() == "value" && element.getSize() == 2,
                 "an element is a name and a value");
         require(element.getValueAt(0)->getString() == aRequest.getNameAt(i)->getString().c_str(),
-                "names come in the caller's order");
+                "names are in the caller's order");
         require(writeText(*element.getValueAt(1)) == writeText(*aRequest.getValueAt(i)),
-                "values come as they were");
+                "values are unchanged");
     }
     require(index == list->getSize(), "there are no more elements than members");
 }
 
-/// What is printed is one line that holds one document with the member for its kind.
+/// The output is one line with one document, which has the member for its kind.
 void checkDocument(const std::string& aLine, const char* aMember) {
     require(aLine.find('\n') == aLine.size() - 1, "a document is one line");
     const JsonTree document = parseText(aLine);
@@ -87,13 +87,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* aData, std::size_t aSi
     RecordingPort output;
     const int status = serve(output, request);
     require(output.hasEnded == (status == 2), "all but a response ends with status 2");
-    require(output.text.empty() == (output.error != 0), "there is an answer, and one alone");
+    require(output.text.empty() == (output.error != 0), "there is exactly one answer");
     if (plugin.calls != 0) checkPluginRequest(*parseText(request));
     if (output.error != 0) {
-        require(!output.message.empty(), "an error says why");
+        require(!output.message.empty(), "an error has a message");
         require(output.error == 100 || output.error == 102, "an error has one of two codes");
     } else {
-        require(plugin.calls == 1, "the plugin is asked once");
+        require(plugin.calls == 1, "the plugin is called once");
         checkDocument(output.text, status == 0 ? "getCertificate" : "error");
     }
     return 0;

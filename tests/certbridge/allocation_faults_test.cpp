@@ -87,8 +87,8 @@ TEST_F(AllocationFaults, OfJson) {
     failToMake("write ASCII", [&] { return writeText(*tree, JsonWriter::EscapeNonAscii); });
 }
 
-// What is done to a container and a value, and both after it. Four entries fill a container that
-// has grown by itself.
+// Content of a container, an operation on it and the value true, and the content of both
+// afterwards. Four entries fill the capacity of a container that has been built by appending.
 const std::tuple<std::string, std::function<void(ValueHolder&, ValueHolder&)>, std::string>
     appends[] = {
         {R"({"a":0,"b":1,"c":2,"d":3})",

@@ -8,8 +8,8 @@
 #include <iconv.h>
 #include <locale.h>
 
-// The linker leads every call of these functions here (--wrap). What the system allocates for a
-// locale or a conversion fails with the rest of the memory.
+// The linker redirects every call of these functions to the wrappers (--wrap). The allocations of
+// the system for a locale or a conversion fail as well.
 extern "C" {
 void* __real_malloc(std::size_t aSize);
 void* __real_realloc(void* aBlock, std::size_t aSize);

@@ -1,50 +1,124 @@
-"""Runs each row of data/check.txt through the built checker.
+"""Runs each row of data/check.txt through the built checker, and tests the checker as a process.
 
-Usage: check_test.py PROGRAM PLUGIN_FOLDER MINIMAL_PLUGIN [RUNNER]
+Usage: check_test.py PROGRAM PLUGIN_FOLDER MINIMAL_PLUGIN features=FEATURE,... [RUNNER]
 """
-import concurrent.futures, json, os, pathlib, re, subprocess, sys, tempfile
+import concurrent.futures, json, os, pathlib, pty, re, signal, subprocess, sys, tempfile, time
+import unittest
 
 sys.path.append(str(pathlib.Path(__file__).parent.parent))
 from table import read_rows
 
 PROGRAM, PLUGINS, MINIMAL = map(os.path.abspath, sys.argv[1:4])
+FEATURES, RUNNER = sys.argv[4].split("=")[1].split(","), sys.argv[5:]
 SUFFIX = ".dll" if PROGRAM.endswith(".exe") else ".so"
-NOTED = {"typical-request", "second-call", "reply-lifetime", "exit"}
+COMPLETIONS = pathlib.Path(__file__).parents[2] / "check/completions"
+# The checks that send the typical request and report a note about its reply.
+NOTED = {"typical-request", "second-call", "reply-lifetime", "exit", "unload"}
 
 
-def run(*arguments):
-    return subprocess.run([*sys.argv[4:], PROGRAM, *arguments], cwd=PLUGINS, encoding="utf-8",
-                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=240)
+def run(*arguments, memory=None):
+    def limit():
+        import resource
+        resource.setrlimit(resource.RLIMIT_AS, (int(memory) * 1024, int(memory) * 1024))
+    return subprocess.run([*RUNNER, PROGRAM, *arguments], cwd=PLUGINS, encoding="utf-8", timeout=240,
+                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                          preexec_fn=limit if memory else None)
 
 
-def check_plugin(row):
-    """Runs the checker; what it did, and whether it said of each check what the row wants."""
+def run_plugin_row(row):
     name = {"MINIMAL": MINIMAL, "THIS": __file__}.get(row["plugin"], "./" + row["plugin"] + SUFFIX)
     with tempfile.TemporaryDirectory() as folder:
         request = pathlib.Path(folder, "request")
         request.write_text(row.get("request", "{}"))
         limit = "5" if "hang" in row.get("request", "") else "60"
-        result = run("--json", "--timeout", limit, "--request", str(request), name)
-    wanted = {row["fails"]: "failed: .*(%s)" % row["says"]} if "fails" in row else {}
-    if "noted" in row:
-        wanted = dict.fromkeys(NOTED, "passed: " + row["noted"])
-    report = json.loads(result.stdout.splitlines()[-1])
-    said = {check["id"]: check["outcome"] + ": " + check["detail"] for check in report["checks"]
-            if check["outcome"] == "failed" or not re.match("$|needs", check["detail"])}
-    return result, report["passed"] == (result.returncode == 0) == ("fails" not in row) and (
-        said.keys() == wanted.keys()) and all(re.search(wanted[key], said[key]) for key in said)
+        return run("--json", "--timeout", limit, "--request", str(request),
+                   *row.get("with", "").split(), name)
 
 
-def check_options(row):
-    result = run(*row["args"].replace("MINIMAL", MINIMAL).split())
-    return result, result.returncode == int(row["status"]) and re.search(row["prints"], result.stdout)
+def run_row(row):
+    if "args" in row:
+        return run(*row["args"].replace("MINIMAL", MINIMAL).split(), memory=row.get("memory"))
+    return run_plugin_row(row)
 
 
-def check(row):
-    row = {key: value.decode() for key, value in row.items()}
-    result, good = (check_options if "args" in row else check_plugin)(row)
-    return None if good else "FAILED %s: %s" % (row, result)
+class Rows(unittest.TestCase):
+    maxDiff = None
+
+    def check_plugin_row(self, row, result):
+        """Each check fails or carries a note exactly where the row says so."""
+        expected = {row["fails"]: "failed: .*(%s)" % row["says"]} if "fails" in row else {}
+        if "noted" in row:
+            noted = row["by"].split() if "by" in row else NOTED
+            expected = dict.fromkeys(noted, "passed: .*(%s)" % row["noted"])
+        report = json.loads(result.stdout.splitlines()[-1])
+        actual = {check["id"]: check["outcome"] + ": " + check["detail"] for check in report["checks"]
+                  if check["outcome"] == "failed" or not re.match("$|needs", check["detail"])}
+        self.assertEqual(report["passed"], "fails" not in row, result)
+        self.assertEqual(result.returncode, int("fails" in row), result)
+        self.assertEqual(actual.keys(), expected.keys(), result)
+        for key, pattern in expected.items():
+            self.assertRegex(actual[key], pattern)
+
+    def check_row(self, row):
+        if "needs" in row and row["needs"] not in FEATURES:
+            self.skipTest("needs " + row["needs"])
+        result = RESULTS[row["name"]].result()
+        if "args" not in row:
+            return self.check_plugin_row(row, result)
+        self.assertEqual(result.returncode, int(row["status"]), result)
+        self.assertRegex(result.stdout, row["prints"])
 
 
+class Process(unittest.TestCase):
+    @unittest.skipUnless("posix" in FEATURES, "needs posix")
+    def test_ended_checker_leaves_no_child(self):
+        for number in (signal.SIGTERM, signal.SIGKILL):
+            with self.subTest(number.name), tempfile.TemporaryDirectory() as folder:
+                request = pathlib.Path(folder, "request")
+                request.write_text('{"do":"hang"}')
+                command = [PROGRAM, "--include", "exit", "--request", request, "./rogue.so"]
+                checker = subprocess.Popen(command, cwd=PLUGINS, stdout=subprocess.DEVNULL)
+                children = pathlib.Path("/proc/{0}/task/{0}/children".format(checker.pid))
+                while not (found := children.read_text().split()):
+                    time.sleep(0.01)
+                checker.send_signal(number)
+                checker.wait()
+                self.assertTrue(self.ends(found[0]))
+
+    def ends(self, process):
+        deadline = time.time() + 10
+        while time.time() < deadline:
+            stat = pathlib.Path("/proc", process, "stat")
+            if not stat.exists() or stat.read_text().rsplit(")")[1].split()[0] == "Z":
+                return True
+            time.sleep(0.01)
+        return False
+
+    @unittest.skipUnless("posix" in FEATURES, "needs posix")
+    def test_progress_on_a_terminal(self):
+        controller, terminal = pty.openpty()
+        with tempfile.TemporaryDirectory() as folder:
+            request = pathlib.Path(folder, "request")
+            request.write_text('{"do":"hang"}')
+            subprocess.run([PROGRAM, "--include=exit", "--timeout=2", "--request", request, "./fixture.so"],
+                           cwd=PLUGINS, stdout=terminal, env=dict(os.environ, TERM="xterm"))
+        self.assertRegex(os.read(controller, 65536).decode(), r"\r\x1b\[K\.{4}  exit .*, 1 s\r\x1b\[K.*FAIL")
+
+    def test_completions(self):
+        """The completions offer exactly the options of the program."""
+        options = set(re.findall(r"--[a-z-]+", run("--help").stdout))
+        for name in ("certbridge-check.bash", "_certbridge-check", "certbridge-check.fish"):
+            with self.subTest(name):
+                text = (COMPLETIONS / name).read_text()
+                found = set(re.findall(r"(?<![\w-])--([a-z-]+)", text.replace("-l ", "--")))
+                self.assertEqual({"--" + option for option in found}, options)
+
+
+ROWS = [{key: value.decode() for key, value in row.items()} for row in read_rows("check.txt")]
+for row in ROWS:
+    setattr(Rows, "test_" + row["name"], lambda self, row=row: self.check_row(row))
 with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
-    sys.exit("\n".join(filter(None, pool.map(check, read_rows("check.txt")))) or None)
+    RESULTS = {row["name"]: pool.submit(run_row, row) for row in ROWS
+               if row.get("needs", "posix") in FEATURES or "needs" not in row}
+    assert len(set(row["name"] for row in ROWS)) == len(ROWS), "two rows have the same name"
+    unittest.main(argv=sys.argv[:1])

@@ -99,8 +99,7 @@ def run(*command):
 
 
 def checks():
-    report = run(BUILD / "certbridge-check", "--json", BUILD / "minimal_plugin.so")
-    return {check["id"] for check in json.loads(report)["checks"]}
+    return set(re.findall(r"^[a-z-]+", run(BUILD / "certbridge-check", "--list"), re.MULTILINE))
 
 
 def check_options():

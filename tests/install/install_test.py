@@ -38,9 +38,12 @@ PUBLIC_HEADERS = {
 INSTALLED_FILES = (
     "bin/certbridge",
     "bin/certbridge-check",
+    "share/bash-completion/completions/certbridge-check",
     "share/doc/certbridge/LICENSE",
+    "share/fish/vendor_completions.d/certbridge-check.fish",
     "share/man/man1/certbridge-check.1",
     "share/man/man1/certbridge.1",
+    "share/zsh/site-functions/_certbridge-check",
 )
 
 

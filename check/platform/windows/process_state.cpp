@@ -1,0 +1,115 @@
+#include "check/platform/process_state.h"
+
+#include "check/platform/windows/handle.h"
+
+#include <cfloat>
+#include <cstddef>
+#include <cstdio>
+
+#include <fcntl.h>
+#include <io.h>
+#include <tlhelp32.h>
+
+namespace {
+
+constexpr int outputDescriptor = 1;
+
+std::size_t countThreads() {
+    Handle snapshot;
+    snapshot.reset(CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0));
+    THREADENTRY32 entry{};
+    entry.dwSize = sizeof entry;
+    std::size_t count = 0;
+    for (BOOL found = Thread32First(snapshot.get(), &entry); found;
+         found = Thread32Next(snapshot.get(), &entry)) {
+        count += entry.th32OwnerProcessID == GetCurrentProcessId();
+    }
+    return count;
+}
+
+bool hasChild() {
+    Handle snapshot;
+    snapshot.reset(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+    PROCESSENTRY32 entry{};
+    entry.dwSize = sizeof entry;
+    for (BOOL found = Process32First(snapshot.get(), &entry); found;
+         found = Process32Next(snapshot.get(), &entry)) {
+        if (entry.th32ParentProcessID == GetCurrentProcessId()) return true;
+    }
+    return false;
+}
+
+template <class Pointer>
+Pointer atOffset(HMODULE aModule, DWORD aOffset) {
+    return reinterpret_cast<Pointer>(reinterpret_cast<const std::byte*>(aModule) + aOffset);
+}
+
+std::string findMissingImport(HMODULE aModule) {
+    const auto& header = *reinterpret_cast<const IMAGE_DOS_HEADER*>(aModule);
+    const auto* const image =
+        atOffset<const IMAGE_NT_HEADERS*>(aModule, static_cast<DWORD>(header.e_lfanew));
+    const auto& directory = image->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
+    if (directory.VirtualAddress == 0) return {};
+    const auto* import =
+        atOffset<const IMAGE_IMPORT_DESCRIPTOR*>(aModule, directory.VirtualAddress);
+    for (; import->Name != 0; ++import) {
+        const auto* const name = atOffset<const char*>(aModule, import->Name);
+        HMODULE const found = LoadLibraryA(name);
+        if (!found) return std::string(name) + ": cannot be loaded";
+        FreeLibrary(found);
+    }
+    return {};
+}
+
+} // namespace
+
+RunningWork RunningWork::inspect() {
+    return {countThreads(), hasChild(), false};
+}
+
+bool hasFloatingPointTraps() {
+    constexpr unsigned exceptions = _EM_INVALID | _EM_ZERODIVIDE | _EM_OVERFLOW | _EM_UNDERFLOW;
+    return (_controlfp(0, 0) & exceptions) != exceptions;
+}
+
+OutputState OutputState::inspect() {
+    const auto number = _get_osfhandle(outputDescriptor);
+    const DWORD type = GetFileType(reinterpret_cast<HANDLE>(number));
+    if (type == FILE_TYPE_UNKNOWN) return {0, 0, 0, false};
+    const int mode = _setmode(outputDescriptor, _O_TEXT);
+    if (mode != -1) _setmode(outputDescriptor, mode);
+    // A handle is reused after it has been closed, hence the type of the file.
+    return {type, static_cast<std::uint64_t>(number), mode, false};
+}
+
+bool isColourTerminal() {
+    HANDLE const output = GetStdHandle(STD_OUTPUT_HANDLE);
+    DWORD mode = 0;
+    return GetConsoleMode(output, &mode) &&
+           SetConsoleMode(output, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+}
+
+bool isMapped(const void* aAddress) {
+    HMODULE module = nullptr;
+    constexpr DWORD flags =
+        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+    return GetModuleHandleExA(flags, static_cast<const char*>(aAddress), &module);
+}
+
+std::string describeLoadFailure(const char* aLibraryName) {
+    HMODULE const module = LoadLibraryExA(aLibraryName, nullptr, DONT_RESOLVE_DLL_REFERENCES);
+    if (!module) return {};
+    const std::string missing = findMissingImport(module);
+    FreeLibrary(module);
+    return missing;
+}
+
+bool canLimitMemory() {
+    return false;
+}
+
+MemoryLimit::MemoryLimit(std::size_t) : mPrevious(0) {
+}
+
+MemoryLimit::~MemoryLimit() {
+}
