@@ -21,9 +21,9 @@ using ModuleHolder = std::unique_ptr<void, ModuleCloser>;
 } // namespace
 
 struct DynamicLibrary::State {
-    ModuleHolder module; ///< null unless load() succeeded
     std::string lastError;
     UnicodeString16 path;
+    ModuleHolder module; ///< null unless load() succeeded; unloaded before the others are released
 };
 
 DynamicLibrary::DynamicLibrary() : mState(std::make_unique<State>()) {
@@ -43,7 +43,7 @@ bool DynamicLibrary::load(const char* aFileName) {
         mState->lastError = FormatToMemory::format("LoadLibrary failed, error %ld", error);
         return false;
     }
-    // The last unit stays zero: the platform does not terminate a path that fills all its room.
+    // The last unit stays zero: a path that fills the buffer is not terminated.
     std::array<std::uint16_t, largestPath + 1> path{};
     if (platform::getModuleFileName(module.get(), path.data(), largestPath, error) == 0) {
         module.reset();

@@ -8,8 +8,9 @@
 
 namespace vexil {
 
-/// Owner of one dynamically loaded library; unloads it when it ends. Failures are results with a
-/// text, not exceptions; only running out of memory is thrown. One thread at a time.
+/// Owns one dynamically loaded library and unloads it on destruction, before the error text and the
+/// path are released. Failures are results with a text; the only exception is std::bad_alloc. Not
+/// thread-safe.
 class VEXIL_API DynamicLibrary : private NonCopyable {
 public:
     DynamicLibrary();
@@ -18,19 +19,21 @@ public:
     /// Loads the library named @p aFileName, in the system's ANSI code page, with the loader's own
     /// search rules for a bare name. An empty name is refused like a missing file. Returns false
     /// and sets the error text to "already loaded", "LoadLibrary failed, error %ld" or
-    /// "GetModuleFileName failed, error %ld". Error numbers are the same on every platform: 126 not
-    /// found, 193 not a loadable library, 127 a symbol it needs is missing, 8 out of memory.
-    bool load(const char* aFileName);
+    /// "GetModuleFileName failed, error %ld". Error numbers are the same on every platform: 4 too
+    /// many open files, 5 access denied, 8 out of memory, 126 the library or one that it needs not
+    /// found, 127 a symbol that it needs missing, 193 not a loadable library.
+    [[nodiscard]] bool load(const char* aFileName);
 
-    /// The address of the exported symbol @p aName, valid while the library is loaded; null with
-    /// the text "not loaded" or "GetProcAddress failed, error %ld".
-    void* getSymbol(const char* aName);
+    /// Returns the address of the symbol @p aName that the library itself exports, valid while the
+    /// library is loaded; null with the text "not loaded" or "GetProcAddress failed, error %ld".
+    [[nodiscard]] void* getSymbol(const char* aName);
 
-    /// Why the last operation failed; empty after a success. Valid until the next operation.
-    const char* getErrorText() const;
+    /// Returns the reason why the last operation failed; empty after a success. Valid until the
+    /// next operation.
+    [[nodiscard]] const char* getErrorText() const;
 
     /// Full path of the loaded file, at most 260 units; empty until a load succeeds. Borrowed.
-    const UnicodeString16& getPath() const;
+    [[nodiscard]] const UnicodeString16& getPath() const;
 
 private:
     struct State;

@@ -4,7 +4,6 @@
 #include "tests/certbridge/failing_memory.h"
 #include "tests/certbridge/recording_port.h"
 #include "tests/vexil/json/json_helpers.h"
-#include "tests/vexil/platform/test_platform.h"
 #include "tests/vexil/unicode_helpers.h"
 #include "vexil/dynamic_library.h"
 #include "vexil/format_to_memory.h"
@@ -64,11 +63,9 @@ void failToMake(const std::string& aLabel, const std::function<std::string()>& a
 
 const std::string longText(300, 'x');
 
-using AllocationFaults = OnTestPlatform;
-
 } // namespace
 
-TEST_F(AllocationFaults, OfJson) {
+TEST(AllocationFaults, OfJson) {
     const auto text = R"({"a":"b","long":")" + longText + R"(","escapes":"\u00e9\ud83d\ude00\n)" +
                       longText + R"(","":[null,true,{},1.2345678901234567e-300,-1],"deep":)" +
                       nestedArrays(200) + "}";
@@ -104,7 +101,7 @@ const std::tuple<std::string, std::function<void(ValueHolder&, ValueHolder&)>, s
          R"([{"name":"a","value":")" + longText + R"("}] true)"},
 };
 
-TEST_F(AllocationFaults, OfAppending) {
+TEST(AllocationFaults, OfAppending) {
     for (const auto& [before, append, after] : appends) {
         const auto parse = [&before = before] { return parseText(before); };
         for (const bool parsed : {true, false}) {
@@ -135,29 +132,18 @@ void failToAssign(const OctetRow& aRow) {
     failEachAllocation("assign", begin);
 }
 
-TEST_F(AllocationFaults, OfUnicodeStrings) {
+TEST(AllocationFaults, OfUnicodeStrings) {
     for (const TableRow& tableRow : readTable("octet_encodings.txt", 4)) {
         for (const OctetRow& row : octetRowsOf(tableRow.columns)) failToAssign(row);
     }
     failToMake("UTF-8", [] { return UnicodeString32(Utf8, longText).asUtf8(); });
 }
 
-TEST_F(AllocationFaults, OfFormatting) {
+TEST(AllocationFaults, OfFormatting) {
     failToMake("format", [] { return FormatToMemory::format("%s", longText.c_str()); });
 }
 
-TEST_F(AllocationFaults, OfAnExchange) {
-    int loaded = 0;
-    const auto real = TestPlatform::real();
-    TestPlatform::inUse().openModule = [&](const char* aName, long& aError) {
-        void* const module = real.openModule(aName, aError);
-        loaded += module != nullptr;
-        return module;
-    };
-    TestPlatform::inUse().closeModule = [&](void* aModule) {
-        --loaded;
-        real.closeModule(aModule);
-    };
+TEST(AllocationFaults, OfAnExchange) {
     const auto request = parseText(
         R"({"action":"","a":[1,{}],"response":"{'response':[{'name':'a','value':[1.5,'b']}]}"})");
     failToMake("exchange", [&] {
@@ -169,5 +155,5 @@ TEST_F(AllocationFaults, OfAnExchange) {
         DynamicLibrary library;
         return library.load("./none") ? "loaded" : std::string(library.getErrorText());
     });
-    EXPECT_EQ(loaded, 0);
+    EXPECT_EQ(FailingMemory::openLibraries, 0);
 }

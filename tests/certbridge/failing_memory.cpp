@@ -42,6 +42,20 @@ iconv_t __wrap_iconv_open(const char* aTo, const char* aFrom) {
 }
 }
 
+extern "C" {
+void* __real_dlopen(const char* aName, int aMode);
+int __real_dlclose(void* aLibrary);
+void* __wrap_dlopen(const char* aName, int aMode) {
+    void* const library = __real_dlopen(aName, aMode);
+    FailingMemory::openLibraries += library != nullptr;
+    return library;
+}
+int __wrap_dlclose(void* aLibrary) {
+    --FailingMemory::openLibraries;
+    return __real_dlclose(aLibrary);
+}
+}
+
 void* operator new(std::size_t aSize) {
     if (void* const block = std::malloc(aSize + 1)) return block;
     throw std::bad_alloc();

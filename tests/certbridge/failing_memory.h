@@ -22,6 +22,8 @@ public:
 
     /// Blocks that are allocated and not freed.
     static inline long liveBlocks = 0;
+    /// Libraries that are loaded and not unloaded.
+    static inline long openLibraries = 0;
 
 private:
     static constexpr long unlimited = -1;

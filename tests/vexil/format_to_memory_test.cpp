@@ -3,17 +3,17 @@
 #include "vexil/format_to_memory.h"
 
 #include "tests/table.h"
-#include "tests/vexil/platform/test_platform.h"
+#include "tests/vexil/platform/fake_platform.h"
 
 #include <algorithm>
 #include <cstring>
 
 using vexil::FormatToMemory;
 
-class FormatToMemoryTest : public OnTestPlatform {
+class FormatToMemoryTest : public testing::Test {
 protected:
     void answerProbe() {
-        TestPlatform::inUse().formatBoundedArguments = [](char* aDest, auto...) {
+        fakeFormatting = [](char* aDest, auto...) {
             std::memcpy(aDest, LEGACY ? "1234xxxx" : "123\0xxxx", 8);
             return LEGACY ? -1 : 6;
         };
@@ -23,8 +23,7 @@ protected:
     /// and they fill the buffer.
     void giveResults(const std::vector<int>& aResults) {
         rooms.clear();
-        TestPlatform::inUse().formatBoundedArguments = [=, this](char* aDest, std::size_t aSize,
-                                                                 auto...) {
+        fakeFormatting = [=, this](char* aDest, std::size_t aSize, auto...) {
             const int result = aResults.at(rooms.size());
             rooms.push_back(int(aSize));
             const std::size_t room = aSize - !LEGACY;

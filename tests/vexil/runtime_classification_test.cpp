@@ -2,7 +2,7 @@
 #include "vexil/format_to_memory.h"
 
 #include "tests/table.h"
-#include "tests/vexil/platform/test_platform.h"
+#include "tests/vexil/platform/fake_platform.h"
 
 #include <atomic>
 #include <cstring>
@@ -13,12 +13,10 @@ using vexil::FormatToMemory;
 
 namespace {
 
-class RuntimeClassification : public OnTestPlatform {};
-
-TEST_F(RuntimeClassification, IsRepeatedUntilItSucceedsOnceForAllThreads) {
+TEST(RuntimeClassification, IsRepeatedUntilItSucceedsOnceForAllThreads) {
     std::atomic<int> probes = 0;
     const auto answerProbe = [&probes](int aResult, const std::string& aBytes) {
-        TestPlatform::inUse().formatBoundedArguments = [=, &probes](char* aDest, auto...) {
+        fakeFormatting = [=, &probes](char* aDest, auto...) {
             ++probes;
             std::memcpy(aDest, aBytes.data(), 8);
             return aResult;

@@ -1,4 +1,4 @@
-#include "tests/vexil/platform/system.h"
+#include "tests/vexil/platform/platform_fixtures.h"
 #include "tests/vexil/unicode_helpers.h"
 #include "vexil/platform/platform.h"
 
@@ -45,19 +45,19 @@ TEST_F(Modules, FailWithTheNumbersOfTheWindowsLoader) {
     }
 }
 
-TEST_F(Modules, TellTheirNameInUtf16) {
+TEST_F(Modules, ReturnTheirPathInUtf16) {
     for (const auto& [file, name, fullName] : getModuleNames()) {
         fs::copy(SYMBOL_LIBRARY, file);
         void* const module = openModule(name.c_str(), error);
         ASSERT_NE(module, nullptr) << file << error;
         const auto size = fullName.size();
-        for (const auto room : {size + 1, size, size - 2}) {
+        for (const auto capacity : {size + 1, size, size - 2}) {
             std::u16string units(size + 2, u'\xEEEE');
             auto* const dest = reinterpret_cast<std::uint16_t*>(units.data());
-            const auto length = getModuleFileName(module, dest, std::uint32_t(room), error);
-            EXPECT_EQ(length, std::min(room, size)) << file;
-            EXPECT_EQ(units.substr(0, room - 1), fullName.substr(0, room - 1)) << file;
-            EXPECT_EQ(units.substr(length, 2), room > size ? u"\0\xEEEE"s : u"\xEEEE\xEEEE")
+            const auto length = getModuleFileName(module, dest, std::uint32_t(capacity), error);
+            EXPECT_EQ(length, std::min(capacity, size)) << file;
+            EXPECT_EQ(units.substr(0, capacity - 1), fullName.substr(0, capacity - 1)) << file;
+            EXPECT_EQ(units.substr(length, 2), capacity > size ? u"\0\xEEEE"s : u"\xEEEE\xEEEE")
                 << file;
         }
         closeModule(module);

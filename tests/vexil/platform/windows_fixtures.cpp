@@ -1,4 +1,4 @@
-#include "tests/vexil/platform/system.h"
+#include "tests/vexil/platform/platform_fixtures.h"
 
 #include <fstream>
 
@@ -24,7 +24,7 @@ static void writeForeignLibrary(const char* aName) {
     file.seekp(header + 24).write(is64Bit ? "\x0B\x01" : "\x0B\x02", 2); // PE32 or PE32+
 }
 
-std::vector<std::pair<std::string, long>> makeFailingModules() {
+std::vector<FailingModule> makeFailingModules() {
     std::ofstream("text.dll") << "no library";
     writeForeignLibrary("foreign.dll");
     return {{"", 126},

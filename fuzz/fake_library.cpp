@@ -1,13 +1,5 @@
-// The platform layer as it is, but that the only library is the fuzz target itself.
-#define openModule openRealModule
-#define getModuleFileName getRealModuleFileName
-#define findSymbol findRealSymbol
-#define closeModule closeRealModule
-#include "vexil/platform/posix.cpp"
-#undef openModule
-#undef getModuleFileName
-#undef findSymbol
-#undef closeModule
+// The only library is the fuzz target itself.
+#include "vexil/platform/platform.h"
 
 #include <certbridge/plugin.h>
 
