@@ -1,0 +1,3 @@
+module my_plugin
+
+go 1.19
