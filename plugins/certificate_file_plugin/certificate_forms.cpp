@@ -129,14 +129,13 @@ StoredCertificates decodePem(const std::string& aText, const Secret& aPassword) 
     const BioHandle text(BIO_new_mem_buf(aText.data(), static_cast<int>(aText.size())));
     require(text != nullptr);
     StoredCertificates stored;
-    while (true) {
+    while (const auto remaining = BIO_pending(text.get())) {
         ERR_clear_error();
         PemBlock block;
         if (readBlock(*text, block)) {
             addBlock(stored, block, aPassword);
-        } else if (isAtEnd()) {
-            break;
-        } else {
+        } else if (!isAtEnd()) {
+            require(BIO_pending(text.get()) < remaining);
             stored.emplace_back().damage = takeReason();
         }
     }

@@ -119,6 +119,44 @@ std::vector<std::string> alternativeNames(const X509& aCertificate) {
     return texts;
 }
 
+// Public keys in DER form that OpenSSL can read if it can read keys of their kind at all.
+constexpr std::array<unsigned char, 30> rsaKey = { // modulus 65533, exponent 3
+    0x30, 0x1C, 0x30, 0x0D, 0x06, 0x09, 0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x01, 0x01,
+    0x05, 0x00, 0x03, 0x0B, 0x00, 0x30, 0x08, 0x02, 0x03, 0x00, 0xFF, 0xFD, 0x02, 0x01, 0x03};
+constexpr std::array<unsigned char, 91> p256Key = { // the generator of the curve P-256
+    0x30, 0x59, 0x30, 0x13, 0x06, 0x07, 0x2A, 0x86, 0x48, 0xCE, 0x3D, 0x02, 0x01, 0x06, 0x08, 0x2A,
+    0x86, 0x48, 0xCE, 0x3D, 0x03, 0x01, 0x07, 0x03, 0x42, 0x00, 0x04, 0x6B, 0x17, 0xD1, 0xF2, 0xE1,
+    0x2C, 0x42, 0x47, 0xF8, 0xBC, 0xE6, 0xE5, 0x63, 0xA4, 0x40, 0xF2, 0x77, 0x03, 0x7D, 0x81, 0x2D,
+    0xEB, 0x33, 0xA0, 0xF4, 0xA1, 0x39, 0x45, 0xD8, 0x98, 0xC2, 0x96, 0x4F, 0xE3, 0x42, 0xE2, 0xFE,
+    0x1A, 0x7F, 0x9B, 0x8E, 0xE7, 0xEB, 0x4A, 0x7C, 0x0F, 0x9E, 0x16, 0x2B, 0xCE, 0x33, 0x57, 0x6B,
+    0x31, 0x5E, 0xCE, 0xCB, 0xB6, 0x40, 0x68, 0x37, 0xBF, 0x51, 0xF5};
+constexpr std::array<unsigned char, 44> ed25519Key = { // 32 zero bytes
+    0x30, 0x2A, 0x30, 0x05, 0x06, 0x03, 0x2B, 0x65, 0x70, 0x03, 0x21, 0x00};
+constexpr std::array<unsigned char, 69> ed448Key = { // 57 zero bytes
+    0x30, 0x43, 0x30, 0x05, 0x06, 0x03, 0x2B, 0x65, 0x71, 0x03, 0x3A, 0x00};
+
+Bytes readableKeyLike(const ASN1_OBJECT* aAlgorithm) {
+    switch (OBJ_obj2nid(aAlgorithm)) {
+    case NID_rsaEncryption:
+        return rsaKey;
+    case NID_ED25519:
+        return ed25519Key;
+    case NID_ED448:
+        return ed448Key;
+    default:
+        return p256Key;
+    }
+}
+
+// OpenSSL loads its implementations on first use. If memory runs out then, it cannot read keys of
+// some or all kinds for the rest of the process, and does not report the reason.
+void checkImplementation(const ASN1_OBJECT* aAlgorithm) {
+    const auto bytes = readableKeyLike(aAlgorithm);
+    const auto* position = bytes.data();
+    const KeyHandle key(d2i_PUBKEY(nullptr, &position, static_cast<long>(bytes.size())));
+    require(key != nullptr);
+}
+
 // A key of a kind that OpenSSL does not know is shown by its identifier, without a size.
 void describePublicKey(Certificate& aDescription, const X509& aCertificate) {
     if (const auto* key = X509_get0_pubkey(&aCertificate)) {
@@ -128,10 +166,11 @@ void describePublicKey(Certificate& aDescription, const X509& aCertificate) {
         aDescription.publicKeyBits = EVP_PKEY_get_bits(key);
         return;
     }
-    ERR_clear_error();
     ASN1_OBJECT* algorithm = nullptr;
     require(X509_PUBKEY_get0_param(&algorithm, nullptr, nullptr, nullptr,
                                    X509_get_X509_PUBKEY(&aCertificate)) == 1);
+    checkImplementation(algorithm);
+    ERR_clear_error();
     aDescription.publicKeyAlgorithm = identifierText(algorithm);
 }
 
