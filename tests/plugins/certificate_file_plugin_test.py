@@ -15,6 +15,17 @@ FILES = [
     "openssl pkcs12 -export -in ec.pem -inkey ec.key -nomac -passout pass:x -out nomac.p12",
     "(cat ec.pem; head -c 1048576 /dev/zero) | head -c 1048576 > limit.pem; (cat limit.pem; echo) > over.pem",
     "sed s/^MI/XX/ rsa.pem > damaged.pem; : > empty; mkfifo pipe; mkdir folder",
+    "cat ec.pem damaged.pem ed.pem ec.pem rsa.pem > several.pem; cat damaged.pem ed.pem > first.pem",
+    "openssl crl2pkcs7 -nocrl -certfile ec.pem -certfile rsa.pem -out two.p7b",
+    "openssl crl2pkcs7 -nocrl -certfile ec.pem -certfile rsa.pem -outform DER -out two.p7c",
+    "openssl crl2pkcs7 -nocrl -out none.p7b; openssl x509 -in ed.pem -trustout -setalias 'é' -out ed.trusted",
+    "openssl pkcs12 -export -in ec.pem -inkey ec.key -name leaf -passout pass:x -iter 1000001 -out slow.p12",
+    "openssl pkcs12 -export -in ec.pem -inkey ec.key -name leaf -passout pass:x -iter 1 -maciter "
+    "-maciter -certpbe NONE -out named.p12",
+    "cp two.p7c several.pem rsa.der rsa.key damaged.pem folder; mkdir folder/sub; cp other.pem folder/sub",
+    "mkdir empty.d; (umask 77; echo ä1 > secret; printf 'ä1' > bare; printf 'ä1\\r\\n' > crlf; "
+    "printf 'a\\nb\\n' > lines; : > blank; printf 'a\\0' > nul; head -c 4097 /dev/zero | tr '\\0' x > long)",
+    "cp secret shared; chmod 640 shared",
 ]
 PATCHES = {  # of ed.der: what is not valid UTF-8, an unknown kind of key, alternative names amiss
     "utf8.der": (b"YYYY", b"\xc3\xff\xed\xa0"),
