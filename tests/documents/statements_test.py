@@ -13,7 +13,7 @@ import subprocess
 import sys
 import unittest
 
-from documents import SOURCE, add_tests, code_spans, manual_tags, plain_roff, read, table
+from documents import SOURCE, add_tests, code_spans, manual_tags, plain_roff, read, table, without_blocks
 
 BUILD = pathlib.Path(sys.argv[1]).resolve()
 PROTOCOL = read("docs/protocol.md")
@@ -259,6 +259,16 @@ class Statements(unittest.TestCase):
             self.skipTest("the build does not use Ninja")
         text = rules.read_text(encoding="utf-8")
         self.check_names_in_commands(r"--target (\w+)", lambda name: f"\nbuild {name}: " in text)
+
+    def test_paths_exist(self):
+        tops = "|".join(path.name for path in SOURCE.iterdir() if path.is_dir() and path.name != "build")
+        # The coverage report describes the commit that it names.
+        documents = {*SOURCE.glob("*.md"), *SOURCE.glob("docs/*.md")} - {SOURCE / "docs/coverage.md"}
+        for document in documents:
+            for span in code_spans(without_blocks(document.read_text(encoding="utf-8"))):
+                if re.fullmatch(rf"({tops})/[\w./-]*", span):
+                    with self.subTest(document.name, path=span):
+                        self.assertTrue((SOURCE / span).exists())
 
     def test_scripts_in_commands(self):
         self.check_names_in_commands(
