@@ -14,6 +14,8 @@ from documents import SOURCE, plain_roff
 
 BUILD = pathlib.Path(sys.argv[1]).resolve()
 CONVERTED = sorted((BUILD / "documents").glob("*.7"))
+# A terminal has no page breaks.
+ENDLESS_PAGE = ".pl 1000i\n"
 PAGES = [*sorted(SOURCE.glob("docs/*.1")), *CONVERTED]
 
 
@@ -41,7 +43,8 @@ class Manual(unittest.TestCase):
         for page in PAGES:
             with self.subTest(page.name):
                 result = subprocess.run(
-                    ["groff", "-ww", "-t", "-man", "-Tutf8", "-Kutf8", "-rLL=100n", page],
+                    ["groff", "-ww", "-t", "-man", "-Tutf8", "-Kutf8", "-rLL=100n"],
+                    input=ENDLESS_PAGE + page.read_text(encoding="utf-8"),
                     stdout=subprocess.DEVNULL,
                     stderr=subprocess.PIPE,
                     encoding="utf-8",
