@@ -90,7 +90,7 @@ void appendText(std::string& aText, const ordered_json& aTree) {
     }
 }
 
-// Ours must be exactly right.
+// The tree of vexil must be exactly equal.
 void check(const Document& aDocument, const std::unique_ptr<vexil::JsonValue>& aTree) {
     const auto expected = ordered_json::parse(aDocument.text);
     if (!sameTree(*aTree, expected)) fail("vexil parses " + aDocument.name);

@@ -1,4 +1,4 @@
-// What is read and written is the same when it is read again, and a clone is the same as well.
+// A written tree parses to an equal tree, and so does its clone.
 #include "fuzz/require.h"
 #include "tests/vexil/json/json_helpers.h"
 #include "vexil/exceptions.h"
@@ -13,7 +13,7 @@ namespace {
 
 using Pair = std::pair<const JsonValue*, const JsonValue*>;
 
-/// Compares two values without what is below, and adds that to @p aOpen.
+/// Compares two values without their children, and appends the pairs of children to @p aOpen.
 bool compare(const JsonValue& aLeft, const JsonValue& aRight, std::vector<Pair>& aOpen) {
     if (aLeft.getType() != aRight.getType()) return false;
     switch (aLeft.getType()) {

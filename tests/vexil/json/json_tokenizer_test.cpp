@@ -20,8 +20,8 @@ constexpr const char* tokenNames[] = {"End",   "[",    "{", "]", "}", ":",     "
                                       "false", "true", "I", "F", "S", "Space", "Invalid"};
 
 struct Description {
-    std::string tokens;    ///< the kind of each, and its text where that differs
-    std::string positions; ///< of the stream, behind each token
+    std::string tokens;    ///< the kind of each, and its text if that differs
+    std::string positions; ///< of the stream, after each token
 };
 
 Description describeTokens(vexil::InputStream& aStream, std::int32_t aFlags) {
@@ -53,7 +53,7 @@ class JsonTokens : public TableTest {};
 
 TEST_P(JsonTokens, AreTheSameFromMemoryAndFromAnyStream) {
     const Columns& row = GetParam().columns;
-    errno = ERANGE; // left behind by somebody else
+    errno = ERANGE; // left by an earlier call
     const int flags = std::atoi(row[1].c_str());
     vexil::MemoryInputStream memory{vexil::ByteRange(row[0])};
     const Description fromMemory = describeTokens(memory, flags);
@@ -74,7 +74,7 @@ TEST(JsonTokenizer, GoesOnWhereTheStreamWasMovedTo) {
     vexil::MemoryInputStream stream{vexil::ByteRange(text)};
     JsonTokenizer tokenizer(stream, 0);
     tokenizer.nextToken();
-    EXPECT_EQ(2, stream.tell()); // one byte behind the bracket has been read: the quotation mark
+    EXPECT_EQ(2, stream.tell()); // the quotation mark after the bracket has been read
     stream.seek(15);
     EXPECT_EQ(JsonToken::String, tokenizer.nextToken());
     EXPECT_EQ("bbbbbbbbbb", tokenizer.getText());

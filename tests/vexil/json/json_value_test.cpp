@@ -16,7 +16,7 @@ using vexil::JsonValue;
 
 namespace {
 
-/// A value of a class that the library does not know, with one member; notes its end.
+/// A value of a class outside the library, with one member; records its destruction.
 class Witness : public vexil::JsonValueDefault {
 public:
     using JsonValueDefault::getNameAt;
