@@ -3,7 +3,10 @@ add_library(certbridge_hardening INTERFACE)
 if(MSVC)
   target_link_options(certbridge_hardening INTERFACE /NXCOMPAT /DYNAMICBASE)
 elseif(WIN32)
-  target_link_options(certbridge_hardening INTERFACE -Wl,--nxcompat -Wl,--dynamicbase)
+  target_compile_options(certbridge_hardening INTERFACE -fstack-protector-strong)
+  # The option of the linker adds the library that the protected functions call.
+  target_link_options(certbridge_hardening INTERFACE
+    -fstack-protector-strong -Wl,--nxcompat -Wl,--dynamicbase)
 else()
   target_compile_options(certbridge_hardening INTERFACE -fstack-protector-strong)
   if(NOT CERTBRIDGE_SANITIZE)

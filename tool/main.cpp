@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <string>
 
 namespace {
@@ -17,6 +18,12 @@ constexpr int usageStatus = 1;
     const vexil::platform::WriteSignalBlocker blocker;
     std::fprintf(stderr, "Usage: %s DLL_NAME\n", aProgramName);
     std::exit(usageStatus);
+}
+
+// The terminate handler, called for an exception that leaves a function which must not throw, and
+// for one that cannot be thrown because no memory is left for it.
+[[noreturn]] void endSilently() {
+    std::_Exit(failureStatus);
 }
 
 std::string readStandardInput(FailurePort& aPort) {
@@ -35,6 +42,8 @@ std::string readStandardInput(FailurePort& aPort) {
 } // namespace
 
 int main(int argc, char** argv) {
+    std::set_terminate(endSilently);
+    vexil::platform::setCrashStatus(failureStatus);
     vexil::platform::reserveStandardStreams();
     if (argc != 2) endWithUsage(argc > 0 ? argv[0] : "certbridge");
     ProgramPort port;

@@ -12,12 +12,6 @@
 using vexil::JsonValue;
 using vexil::platform::writeStandardOutput;
 
-namespace {
-
-constexpr int failureStatus = 2;
-
-} // namespace
-
 void ProgramPort::printJson(const JsonValue& aDocument) {
     std::string line = vexil::writeJsonText(aDocument);
     line += '\n';

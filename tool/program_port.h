@@ -2,6 +2,9 @@
 
 #include "certbridge/failure_port.h"
 
+/// Exit status after every failure except a wrong command line.
+inline constexpr int failureStatus = 2;
+
 /// The program's port: documents go to standard output, one on a line, and a failure ends the
 /// process with status 2. Nothing is released and nothing is unwound when it does.
 class ProgramPort final : public FailurePort {

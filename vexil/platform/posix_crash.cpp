@@ -1,0 +1,8 @@
+#include "vexil/platform/platform.h"
+
+namespace vexil::platform {
+
+void setCrashStatus(int) {
+}
+
+} // namespace vexil::platform
