@@ -14,7 +14,9 @@ namespace {
 
 constexpr char separator = '\0'; // in no text of a result
 
-ChildResult run(const Check& aCheck, Channel& aChannel) {
+// Ends the process before the subject is destroyed: the library stays loaded unless the check has
+// unloaded it.
+[[noreturn]] void runAndEnd(const Check& aCheck, Channel& aChannel) {
     const std::string libraryName = aChannel.read(Channel::LibraryName);
     const std::string requestText = aChannel.read(Channel::Request);
     const ValueHolder request = vexil::parseJsonText(vexil::ByteRange(requestText));
@@ -26,17 +28,9 @@ ChildResult run(const Check& aCheck, Channel& aChannel) {
     if (!vexil::platform::writeStandardOutput(outputMarker) && result.outputChange.empty()) {
         result.outputChange = "closed";
     }
-    // The library stays loaded unless the check has unloaded it.
-    static_cast<void>(subject.library.release());
-    return result;
-}
-
-ChildResult runReportingFailures(const Check& aCheck, Channel& aChannel) {
-    try {
-        return run(aCheck, aChannel);
-    } catch (const std::exception& exception) {
-        return {{Outcome::Inconclusive, exception.what()}, {}};
-    }
+    aChannel.write(Channel::Result, result.serialize());
+    if (aCheck.kind != Check::ExaminesEnd) std::_Exit(EXIT_SUCCESS);
+    std::exit(EXIT_SUCCESS);
 }
 
 } // namespace
@@ -58,7 +52,11 @@ std::optional<ChildResult> ChildResult::parse(const std::string& aText) {
 void runAsChild(const Options& aOptions) {
     endWithParent();
     Channel channel(aOptions.channelName);
-    channel.write(Channel::Result, runReportingFailures(*aOptions.check, channel).serialize());
-    if (aOptions.check->kind != Check::ExaminesEnd) std::_Exit(EXIT_SUCCESS);
-    std::exit(EXIT_SUCCESS);
+    try {
+        runAndEnd(*aOptions.check, channel);
+    } catch (const std::exception& exception) {
+        const ChildResult result{{Outcome::Inconclusive, exception.what()}, {}};
+        channel.write(Channel::Result, result.serialize());
+        std::_Exit(EXIT_SUCCESS);
+    }
 }
