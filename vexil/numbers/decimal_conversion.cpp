@@ -79,8 +79,19 @@ constexpr std::uint64_t valueOfDigits(std::uint64_t aEight) {
     return (aEight * 10000 + (aEight >> 32)) & 0xFFFFFFFF;
 }
 
-static_assert(areDigits(0x3938373635343330) && valueOfDigits(0x3938373635343332) == 23456789);
-static_assert(!areDigits(0x3938373A35343330) && !areDigits(0x39383736352F3330));
+static_assert(valueOfDigits(0x3938373635343332) == 23456789);
+static_assert(
+    [] {
+        for (int position = 0; position < 64; position += 8) {
+            for (std::uint64_t c = 0; c < 256; ++c) {
+                const std::uint64_t five = std::uint64_t{'5'} << position;
+                const std::uint64_t eight = (0x3535353535353535 ^ five) | c << position;
+                if (areDigits(eight) != isDigit(static_cast<char>(c))) return false;
+            }
+        }
+        return true;
+    }(),
+    "eight characters are classified as single ones are");
 
 /// Collects the significant digits: leading zeros are none, and those beyond the limit are dropped.
 /// Zeros at the end are taken like others; they cannot change the value that digits and exponent

@@ -42,11 +42,24 @@ bool roundTo() {
     return std::fesetround(direction) == 0;
 }
 
+/// All traps except, on x87, those that it raises even for loading or storing a subnormal number:
+/// there every double that is passed or returned is loaded and stored.
 inline bool enableTraps() {
+    std::feclearexcept(FE_ALL_EXCEPT); // x87 raises exceptions that are still flagged
 #if defined(__GLIBC__)
-    return feenableexcept(FE_ALL_EXCEPT) != -1;
+#if defined(__i386__)
+    constexpr int traps = FE_INVALID | FE_DIVBYZERO | FE_OVERFLOW | FE_INEXACT;
+#else
+    constexpr int traps = FE_ALL_EXCEPT;
+#endif
+    return feenableexcept(traps) != -1;
 #elif defined(_MCW_EM)
-    _controlfp(0, _MCW_EM);
+#if defined(__i386__)
+    constexpr unsigned masked = _EM_UNDERFLOW | _EM_DENORMAL;
+#else
+    constexpr unsigned masked = 0;
+#endif
+    _controlfp(masked, _MCW_EM);
     return true;
 #else
     return false;
