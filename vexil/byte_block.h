@@ -42,8 +42,11 @@ public:
     template <unsigned char byte>
     ByteBlock isAtLeast() const {
         // Saturating arithmetic moves the limit to the high bit.
-        if constexpr (byte >= 0x80) return ByteBlock(_mm_subs_epu8(mBytes, all(byte - 0x80)));
-        return ByteBlock(_mm_adds_epu8(mBytes, all(0x80 - byte)));
+        if constexpr (byte >= 0x80) {
+            return ByteBlock(_mm_subs_epu8(mBytes, all(byte - 0x80)));
+        } else {
+            return ByteBlock(_mm_adds_epu8(mBytes, all(0x80 - byte)));
+        }
     }
 
     ByteBlock operator|(ByteBlock aB) const { return ByteBlock(_mm_or_si128(mBytes, aB.mBytes)); }
@@ -133,8 +136,11 @@ public:
     ByteBlock isAtLeast() const {
         // The sums stay within their bytes, since the high bits are left out of them.
         const std::uint64_t low = mBytes & all(0x7F);
-        if constexpr (byte >= 0x80) return ByteBlock((low + all(0x100 - byte)) & mBytes);
-        return ByteBlock((low + all(0x80 - byte)) | mBytes);
+        if constexpr (byte >= 0x80) {
+            return ByteBlock((low + all(0x100 - byte)) & mBytes);
+        } else {
+            return ByteBlock((low + all(0x80 - byte)) | mBytes);
+        }
     }
 
     ByteBlock operator|(ByteBlock aB) const { return ByteBlock(mBytes | aB.mBytes); }
