@@ -90,7 +90,7 @@ def longest_string():
 
 def exit_statuses():
     pattern = r"constexpr int (\w+Status) = (\d+);"
-    sources = ("tool/main.cpp", "tool/program_port.cpp")
+    sources = [path.relative_to(SOURCE) for path in (SOURCE / "tool").iterdir()]
     return {0}.union(*(constants(source, pattern).values() for source in sources))
 
 
