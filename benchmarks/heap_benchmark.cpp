@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Measures the heap memory used while parsing. The malloc functions of the whole process, shared
 // libraries included, are replaced by counting ones. Writes one line of comma-separated values per
 // document and library: the size of the document, the maximum number of heap bytes in use, and the

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Parses and writes every document with every library. The rows are called parse/DOCUMENT/LIBRARY
 // and write/DOCUMENT/LIBRARY; bytes are those of the document, for writing too, so that rows of one
 // document compare by time whatever text a library makes of it.

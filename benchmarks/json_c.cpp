@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <json-c/json.h>
 
 #undef HAS_JANSSON // the headers of Jansson and json-c use the same names

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Converts every set of number texts with every converter. The rows are called
 // number/SET/CONVERTER and count one conversion as one item.
 #include "documents.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Runs whole programs with a request on standard input, from the spawn to the exit status. The rows
 // are called program/SIZE/PROGRAM/LINK/PLUGIN: how the C++ runtime is linked into the program, and
 // in which language the plugin is written.

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Writes benchmarks.md and benchmarks.svg from the results of the benchmarks.
 
 Usage: report.py RESULTS BUILD TARGET

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "certbridge/exchange.h"
 
 #include "certbridge/failure_port.h"

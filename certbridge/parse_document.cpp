@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "certbridge/parse_document.h"
 
 #include "vexil/json/json_parser.h"

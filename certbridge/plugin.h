@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 /// @file
 /// The contract between certbridge and a certificate plugin, for C (C99) and C++ (C++11).
 ///

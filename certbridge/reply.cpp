@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "certbridge/reply.h"
 
 #include "certbridge/failure_port.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "certbridge/request.h"
 
 #include "certbridge/failure_port.h"

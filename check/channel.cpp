@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "check/channel.h"
 
 #include "vexil/assert.h"

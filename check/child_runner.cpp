@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "check/child_runner.h"
 
 #include "check/channel.h"

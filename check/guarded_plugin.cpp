@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "check/guarded_plugin.h"
 
 #include "check/platform/process_state.h"

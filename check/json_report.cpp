@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "certbridge/name_value_list.h"
 #include "check/readable_text.h"
 #include "check/report.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "check/options.h"
 
 #include "check/request_file.h"

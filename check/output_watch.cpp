@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "check/output_watch.h"
 
 #include "check/child.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "check/random_request.h"
 
 #include <cstddef>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "check/reply_check.h"
 
 #include "check/readable_text.h"

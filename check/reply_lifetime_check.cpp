@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "certbridge/request.h"
 #include "check/check_operations.h"
 #include "check/readable_text.h"

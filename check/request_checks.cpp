@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "check/check_operations.h"
 #include "check/sample_requests.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "check/request_file.h"
 
 #include "vexil/json/json_parser.h"

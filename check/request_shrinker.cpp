@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "check/request_shrinker.h"
 
 #include <cstdint>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "check/sample_requests.h"
 
 #include "vexil/json/json_parser.h"

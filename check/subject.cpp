@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "check/subject.h"
 
 #include "certbridge/request.h"

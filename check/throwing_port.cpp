@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "check/throwing_port.h"
 
 #include "vexil/format_to_memory.h"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Installs a software bill of materials in the format of SPDX 2.3: this project, the libraries of its
 # plugins and the C++ runtime.
 

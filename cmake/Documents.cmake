@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # install_documents(COMPONENT FILE...): installs Markdown documents into one folder. Links between them
 # are adapted to it; links to files that are not installed become plain text.
 function(install_documents component)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # certbridge_hardening: the protections of the binaries; linked by all that is installed.
 add_library(certbridge_hardening INTERFACE)
 if(MSVC)

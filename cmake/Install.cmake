@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Three components: runtime, the programs; plugins; and development, the files needed to write a plugin
 # or to use the library.
 include(CMakePackageConfigHelpers)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Configures `cpack` for the .zip of the Windows programs. The packages for Debian are built from
 # debian/ by scripts/package.
 set(CPACK_PACKAGE_DIRECTORY "${PROJECT_BINARY_DIR}/packages")

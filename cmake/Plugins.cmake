@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # add_plugin(NAME SOURCE...): a library for certbridge to load, NAME.so or NAME.dll.
 function(add_plugin name)
   add_library(${name} MODULE ${ARGN})

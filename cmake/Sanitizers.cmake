@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # CERTBRIDGE_SANITIZE builds everything with the sanitizers; the first finding aborts the program.
 # CERTBRIDGE_FUZZ adds the instrumentation that guides the fuzzer.
 if(CERTBRIDGE_SANITIZE OR CERTBRIDGE_FUZZ)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # add_version_resource(TARGET DESCRIPTION): the version and description that Windows shows for the file of
 # an executable. No effect on other systems.
 if(WIN32)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # certbridge_warnings: the warning flags; linked by every target of this project.
 add_library(certbridge_warnings INTERFACE)
 if(MSVC)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Shared by the toolchain files of the Windows programs, which set CMAKE_SYSTEM_PROCESSOR first.
 set(CMAKE_SYSTEM_NAME Windows)
 set(mingw ${CMAKE_SYSTEM_PROCESSOR}-w64-mingw32)

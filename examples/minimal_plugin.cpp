@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Answers every request with the members of the request: the smallest plugin there is, useful for
 // trying out a caller. A plugin that reads its request parses it with a JSON library.
 #include <certbridge/plugin.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A whole exchange with arbitrary requests and replies. An input is a request, a byte 0xFF, a byte
 // that selects the behaviour of the plugin, and the text of its reply.
 #include "certbridge/exchange.h"

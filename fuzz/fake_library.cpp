@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The only library is the fuzz target itself.
 #include "vexil/platform/platform.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A written tree parses to an equal tree, and so does its clone.
 #include "fuzz/require.h"
 #include "tests/vexil/json/json_helpers.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The first byte selects the encoding of the others; each decoder is compared with a second one.
 #include "fuzz/require.h"
 #include "vexil/exceptions.h"

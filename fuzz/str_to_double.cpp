@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The conversion agrees with the runtime's wherever their contracts agree.
 #include "fuzz/require.h"
 #include "vexil/numbers/decimal_conversion.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Tokens are the same whatever the stream and whether or not white space is reported.
 #include "fuzz/require.h"
 #include "tests/vexil/json/json_helpers.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // UTF-8 and UTF-16 survive a round trip, and a second decoder agrees on malformed text.
 #include "fuzz/require.h"
 #include "vexil/exceptions.h"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Checks the #include directives of the sources against the order of the layers.
 
 Usage: check_includes.py [FOLDER]

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Functions shared by the scripts in this folder. Sourcing it changes to the root of the project.
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."

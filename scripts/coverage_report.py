@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Writes the coverage report.
 
 Usage: coverage_report.py LINES_JSON REASONS REPORT

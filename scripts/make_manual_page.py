@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Converts a Markdown document to a manual page.
 
 Usage: make_manual_page.py DOCUMENT NAME VERSION OUTPUT [LINK=PAGE]...

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/table.h"
 
 #include <cctype>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Reads the tables in tests/data that consist of blocks of "key: value" lines."""
 
 import itertools

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Repeats the transcripts of the documents."""
 
 import re

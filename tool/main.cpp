@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "certbridge/exchange.h"
 #include "tool/program_port.h"
 #include "vexil/platform/platform.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tool/program_port.h"
 
 #include "certbridge/name_value_list.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vexil/dynamic_library.h"
 
 #include "vexil/format_to_memory.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vexil/format_to_memory.h"
 
 #include "vexil/exceptions.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vexil/exceptions.h"
 #include "vexil/unicode_strings.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vexil/unicode_strings.h"
 
 #include "vexil/assert.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vexil/utf8_decoding.h"
 
 #include "vexil/assert.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Answers every request with the members of the request. Does not need the C++ runtime.
 #include <stdint.h>
 #include <stdlib.h>

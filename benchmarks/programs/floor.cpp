@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Lower bound for a program that calls a plugin: read, load, call, print. It does not parse JSON.
 #include "bare_program.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // certbridge's translation as one would write it with nlohmann-json. It sorts the members, keeps
 // one of several members of the same name and creates no error documents.
 #include "bare_program.h"

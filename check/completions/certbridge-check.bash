@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Completion of certbridge-check for bash.
 
 _certbridge_check() {

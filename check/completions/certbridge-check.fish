@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Completion of certbridge-check for fish.
 
 function __certbridge_check_ids

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "check/platform/process_state.h"
 
 #include <cfenv>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "certificate_file.h"
 
 #include "certificate_forms.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Shows certificates in a file: "file" is its name, "password" or "passwordFile" opens it; the
 // selectors of plugins/common choose among its certificates.
 #include "certificate_file.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "certificate_forms.h"
 
 #include "pkcs12_archive.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "pkcs12_archive.h"
 
 #include <openssl/asn1t.h>

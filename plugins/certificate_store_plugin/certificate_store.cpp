@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "certificate_store.h"
 
 #include "plugins/common/windows/describe_certificate.h"

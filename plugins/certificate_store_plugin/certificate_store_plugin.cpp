@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Shows certificates of a store of the system: "store" is its name, "location" its owner; the
 // selectors of plugins/common choose among its certificates.
 #include "certificate_store.h"

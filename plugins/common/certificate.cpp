@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "certificate.h"
 
 #include <utility>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "certificate_text.h"
 
 #include <algorithm>

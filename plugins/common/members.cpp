@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "members.h"
 
 #include "utf8_text.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "replying_plugin.h"
 
 #include "certbridge/name_value_list.h"

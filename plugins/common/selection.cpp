@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "selection.h"
 
 #include "failure.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Makes one allocation after the other fail, through everything that allocates.
 #include "certbridge/exchange.h"
 #include "certbridge/name_value_list.h"

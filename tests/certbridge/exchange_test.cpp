@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "certbridge/exchange.h"
 #include "tests/certbridge/recording_port.h"
 #include "tests/vexil/json/json_helpers.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/certbridge/failing_memory.h"
 
 #include <cerrno>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 /// While it lives, the first @p aCount allocations succeed, and the next one fails, as does every

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Runs each row of data/check.txt through the built checker, and tests the checker as a process.
 
 Usage: check_test.py PROGRAM PLUGIN_FOLDER MINIMAL_PLUGIN features=FEATURE,... [RUNNER]

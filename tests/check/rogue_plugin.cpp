@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A plugin that breaks the rules of its process. The request's member "do" selects the rule;
 // requests without it are answered, except that ROGUE_ON_NULL makes a null in a request fatal.
 #include <certbridge/plugin.h>

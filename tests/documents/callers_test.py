@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Runs the callers in docs/protocol.md against each outcome.
 
 Usage: callers_test.py BUILD_FOLDER CXX_COMPILER [FLAG...]

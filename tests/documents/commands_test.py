@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Runs the command blocks of the documents in the order in which they appear.
 
 Usage: commands_test.py BUILD_FOLDER

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Reads the documents: their command blocks, tables, links and manual pages."""
 
 import pathlib

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Follows the links in the documents, in the source tree and after an installation.
 
 Usage: links_test.py BUILD_FOLDER

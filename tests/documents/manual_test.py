@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Checks the manual pages: they format without warnings, and conversion loses no text.
 
 Usage: manual_test.py BUILD_FOLDER

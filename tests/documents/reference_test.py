@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Compiles and runs the examples in docs/reference.md.
 
 Usage: reference_test.py BUILD_FOLDER CXX_COMPILER [FLAG...]

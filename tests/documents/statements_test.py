@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Compares the lists in the documents with the program, in both directions.
 
 Usage: statements_test.py BUILD_FOLDER
@@ -126,6 +127,19 @@ def fuzz_targets():
     cmake = read("fuzz/CMakeLists.txt")
     listed = " ".join(re.findall(r"foreach\(name ([^)]*)\)", cmake)).split()
     return set(listed) | set(re.findall(r"^ *add_fuzz_target\((\w+)", cmake, re.MULTILINE))
+
+
+def sources():
+    """The source files in all languages, without those that a build has generated."""
+    suffixes = {".c", ".cmake", ".cpp", ".go", ".h", ".js", ".py", ".rs", ".sh", ".ts"}
+    names = subprocess.run(
+        ["git", "ls-files", "-co", "--exclude-standard"],
+        cwd=SOURCE,
+        stdout=subprocess.PIPE,
+        encoding="utf-8",
+    ).stdout.splitlines()
+    paths = [SOURCE / name for name in names]
+    return [path for path in paths if path.suffix in suffixes and path.is_file()]
 
 
 def plugin_error_codes():
@@ -269,6 +283,15 @@ class Statements(unittest.TestCase):
                 if re.fullmatch(rf"({tops})/[\w./-]*", span):
                     with self.subTest(document.name, path=span):
                         self.assertTrue((SOURCE / span).exists())
+
+    def test_sources_name_the_licence(self):
+        licence = re.match(r"(\w+) License", read("LICENSE"))[1]
+        if not sources():
+            self.skipTest("the sources are not in a repository")
+        for path in sources():
+            with self.subTest(path.relative_to(SOURCE)):
+                start = path.read_text(encoding="utf-8")[:200]
+                self.assertIn(f"SPDX-License-Identifier: {licence}\n", start)
 
     def test_scripts_in_commands(self):
         self.check_names_in_commands(

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Builds the plugin template of a language with its usual tools and without a network, and tests it
 like the templates that this project builds itself. Exit status 77 where the tools are missing.
 

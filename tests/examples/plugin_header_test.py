@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Compiles plugins by single compiler commands, as an author without a build system does, and checks
 them with certbridge-check.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Sends requests to a plugin made from a template; all templates give the same answers.
 
 Usage: plugin_template_test.py CERTBRIDGE PLUGIN [RUNNER]

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Tests the ways in which another project uses this one: installed, embedded and through pkg-config.
 
 Usage: install_test.py SOURCE_FOLDER BUILD_FOLDER VERSION CXX_COMPILER

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Asks certificate_file_plugin while allocations fail, and with little address space.
 
 Usage: allocation_faults_test.py FAILING_ALLOCATIONS CERTBRIDGE PLUGIN

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Asks certificate_file_plugin, through certbridge, about files made with the openssl command.
 
 Usage: certificate_file_plugin_test.py CERTBRIDGE PLUGIN

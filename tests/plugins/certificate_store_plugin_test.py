@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Asks certificate_store_plugin, through certbridge, about certificates put into a store.
 
 Usage: certificate_store_plugin_test.py CERTBRIDGE PLUGIN PUT_CERTIFICATE [RUNNER]

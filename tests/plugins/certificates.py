@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Certificates made with the openssl command, and the check of a plugin's answers about them."""
 import json, pathlib, re, subprocess, sys, time
 

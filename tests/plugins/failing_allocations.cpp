@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // failing_allocations PLUGIN cold|warm STRIDE REQUEST: asks the plugin with one allocation of each
 // STRIDE failing, first that one alone and then all from that one on, each in a separate process.
 // The reply must be the one given with enough memory or an error of code 6. "warm" asks once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // put_certificate STORE FILE...: puts certificates in DER form into a store of the current user,
 // which is made if need be; put_certificate --remove STORE: removes it with all that is in it.
 #include <windows.h>

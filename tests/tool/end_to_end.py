@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Runs each row of data/end_to_end.txt through the built program, with the plugins made for it.
 
 Usage: end_to_end.py PROGRAM PLUGIN_FOLDER SANITIZED [RUNNER]

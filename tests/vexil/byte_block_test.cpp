@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vexil/byte_block.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vexil/dynamic_library.h"
 
 #include <gtest/gtest.h>

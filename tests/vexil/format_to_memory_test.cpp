@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Built twice, since the runtime is classified once per process: FORMAT_ROWS is the table for a
 // standard runtime or, if LEGACY, for a legacy one.
 #include "vexil/format_to_memory.h"

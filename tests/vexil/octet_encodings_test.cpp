@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/vexil/unicode_helpers.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The runtime's formatting is classified once per process, so this program has a single test.
 #include "vexil/format_to_memory.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vexil/streams.h"
 
 #include "tests/table.h"

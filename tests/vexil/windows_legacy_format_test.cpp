@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vexil/format_to_memory.h"
 
 #include "tests/vexil/platform/fake_platform.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vexil/json/arena_tree.h"
 
 #include "vexil/assert.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vexil/json/containers.h"
 
 #include "vexil/json/arena_values.h"

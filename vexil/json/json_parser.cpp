@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vexil/json/json_parser.h"
 
 #include "vexil/assert.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vexil/json/json_tokenizer.h"
 
 #include "vexil/json/tokenizer_state.h"

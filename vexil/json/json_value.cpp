@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vexil/json/json_value.h"
 
 #include "vexil/exceptions.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vexil/json/json_writer.h"
 
 #include "vexil/assert.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vexil/assert.h"
 #include "vexil/json/containers.h"
 

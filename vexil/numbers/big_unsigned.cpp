@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vexil/numbers/big_unsigned.h"
 
 #include <algorithm>

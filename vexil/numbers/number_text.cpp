@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vexil/numbers/number_text.h"
 
 #include "vexil/numbers/six_digits.h"

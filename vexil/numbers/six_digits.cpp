@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vexil/numbers/six_digits.h"
 
 #include "vexil/assert.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vexil/platform/platform.h"
 
 namespace vexil::platform {

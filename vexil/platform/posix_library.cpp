@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vexil/platform/platform.h"
 #include "vexil/platform/posix_file_name.h"
 #include "vexil/platform/posix_load_error.h"

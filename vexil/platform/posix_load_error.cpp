@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vexil/platform/posix_load_error.h"
 
 #include "vexil/platform/platform.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vexil/platform/posix_symbols.h"
 
 #include <cstdint>

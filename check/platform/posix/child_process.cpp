@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "check/platform/child_process.h"
 
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "check/platform/shared_memory.h"
 
 #include <cerrno>

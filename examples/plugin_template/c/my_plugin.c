@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Plugin template in C, without a JSON library: answers with the certificate in the PEM file that
 // the member "file" of the request names. Replace answer() and the error codes. A plugin that reads
 // more than one or two texts from its request should use a JSON library.

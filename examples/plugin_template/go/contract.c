@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The contract of certbridge, as calls of the exported functions of Go. A Go library cannot be
 // unloaded, since its runtime keeps threads: Go links it with -z nodelete.
 #include "_cgo_export.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 package main
 
 // #include <stdlib.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Plugin template in Go: answers with the certificate in the PEM file that the member "file" of the
 // request names. Replace answer() and the error codes.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "describe_certificate.h"
 
 #include "openssl_handles.h"

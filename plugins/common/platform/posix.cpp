@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Files on POSIX systems.
 #include "plugins/common/failure.h"
 #include "plugins/common/source_file.h"

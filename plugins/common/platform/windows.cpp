@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Files on Windows.
 #include "plugins/common/failure.h"
 #include "plugins/common/source_file.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "describe_certificate.h"
 
 #include "name_text.h"

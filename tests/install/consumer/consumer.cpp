@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Writes a request for the plugin; includes every public header of the library.
 #include <vexil/dynamic_library.h>
 #include <vexil/exceptions.h>

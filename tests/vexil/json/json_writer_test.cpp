@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/table.h"
 #include "tests/vexil/json/json_helpers.h"
 #include "vexil/exceptions.h"

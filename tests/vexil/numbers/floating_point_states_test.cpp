@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The conversions give the same results in whatever state the floating-point unit is.
 #include "tests/vexil/numbers/floating_point_states.h"
 

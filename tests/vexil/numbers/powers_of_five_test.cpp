@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vexil/numbers/powers_of_five.h"
 
 #include "tests/vexil/numbers/big_numbers.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/vexil/platform/fake_platform.h"
 
 FakeFormatting fakeFormatting;

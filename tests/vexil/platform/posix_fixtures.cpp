@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/vexil/platform/platform_fixtures.h"
 
 #include <cstdlib>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 //! The contract of `<certbridge/plugin.h>`: the plugin object, its table of operations, and the
 //! reply. On 32-bit Windows, the operations are `extern "thiscall"` functions.
 

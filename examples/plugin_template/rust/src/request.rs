@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 //! Reads the request, `{"request":[{"name":"file","value":"a.pem"}, ...]}`. certbridge writes it
 //! without white space and escapes only control characters, quotation marks and backslashes.
 
