@@ -5,8 +5,8 @@ Usage: coverage_report.py LINES_JSON REASONS REPORT
 
 LINES_JSON is the output of gcovr. Each line of REASONS is "file | text | reason": why the tests do not
 reach the lines of that file with that text. Fails if an uncovered line has no reason, if a reason is
-not needed, or if the tests reach less than 98 % of all lines. In the folders of the checker and of the
-plugins, which mostly lack reasons for failures of the system, a reason is optional.
+not needed, or if the tests reach less than 98 % of all lines. Lines of the checker and of the plugins
+need no reason: most of those that no test reaches handle failures of the system.
 """
 
 import json
