@@ -51,6 +51,7 @@ private:
         return text;
     }
 
+    // NOLINTBEGIN(misc-no-recursion): limited by maxDepth.
     void addMember(ValueHolder& aObject, std::size_t aDepth) {
         const std::string name = pick(2) == 0 ? pickFrom(usualNames) : makeText();
         appendMember(aObject, name.c_str(), makeValue(aDepth + 1).release());
@@ -88,6 +89,7 @@ private:
             return ValueHolder(JsonValue::createString(makeText()));
         }
     }
+    // NOLINTEND(misc-no-recursion)
 
     std::mt19937_64 mRandom;
 };

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
-#include <memory>
 #include <vector>
 
 namespace {
@@ -42,14 +41,13 @@ void requireUnchanged(const char* aText, const std::string& aBefore, const char*
 // while it is read.
 std::string checkReplyLifetime(Subject& aSubject) {
     Plugin& plugin = openPlugin(aSubject);
-    auto request = std::make_unique<PluginRequest>(aSubject.typicalRequest);
-    const PluginTexts texts = callPlugin(plugin, request->text);
+    PluginRequest request(aSubject.typicalRequest);
+    const PluginTexts texts = callPlugin(plugin, request.text);
     const char* const text = selectReply(port, texts).text;
     const std::string before = text;
 
-    std::fill(request->text.begin(), request->text.end(), '#');
+    std::fill(request.text.begin(), request.text.end(), '#');
     requireUnchanged(text, before, "with the text of the request, which is gone after the call");
-    request.reset();
     overwriteFreeMemory(before.size());
     requireUnchanged(text, before,
                      "while other memory was used; it must be in memory of the plugin");

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "check/request_shrinker.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -13,15 +14,35 @@ namespace {
 
 using Candidates = std::vector<ValueHolder>;
 
-void addSimplerTexts(const std::string& aText, std::vector<std::string>& aTexts) {
-    if (aText.empty()) return;
-    aTexts.emplace_back();
-    const auto half = aText.size() / 2;
-    if (half == 0) return;
-    aTexts.push_back(aText.substr(0, half));
-    aTexts.push_back(aText.substr(half));
+// The first position from @p aPosition at which a character of the UTF-8 text begins or the text
+// ends.
+std::size_t findCharacter(const std::string& aText, std::size_t aPosition) {
+    while (aPosition < aText.size() &&
+           (static_cast<unsigned char>(aText[aPosition]) & 0xC0U) == 0x80U) {
+        ++aPosition;
+    }
+    return aPosition;
 }
 
+// Empty, half of the text, and all but its first or its last character.
+std::vector<std::string> simplifyText(const std::string& aText) {
+    std::vector<std::string> texts;
+    if (aText.empty()) return texts;
+    texts.emplace_back();
+    const auto half = findCharacter(aText, aText.size() / 2);
+    const auto second = findCharacter(aText, 1);
+    auto last = aText.size() - 1;
+    while (findCharacter(aText, last) != last) --last;
+    for (const auto end : {half, last}) {
+        if (end > 0 && end < aText.size()) texts.push_back(aText.substr(0, end));
+    }
+    for (const auto begin : {half, second}) {
+        if (begin > 0 && begin < aText.size()) texts.push_back(aText.substr(begin));
+    }
+    return texts;
+}
+
+// NOLINTBEGIN(misc-no-recursion): a random request has only a few levels.
 Candidates simplify(const JsonValue& aValue);
 
 // A copy of a container without the entry @p aIndex, or with @p aName and @p aValue instead of it.
@@ -59,9 +80,7 @@ Candidates simplifyContainer(const JsonValue& aContainer) {
             candidates.push_back(copyWith(aContainer, index, nullptr, simpler.get()));
         }
         if (aContainer.getType() != JsonType::Object) continue;
-        std::vector<std::string> names;
-        addSimplerTexts(aContainer.getNameAt(index)->getString(), names);
-        for (const std::string& name : names) {
+        for (const auto& name : simplifyText(aContainer.getNameAt(index)->getString())) {
             candidates.push_back(copyWith(aContainer, index, &name, &value));
         }
     }
@@ -74,9 +93,9 @@ Candidates simplify(const JsonValue& aValue) {
     if (aValue.getType() == JsonType::Null) return candidates;
     candidates.emplace_back(JsonValue::createNull());
     if (aValue.getType() == JsonType::String) {
-        std::vector<std::string> texts;
-        addSimplerTexts(aValue.getString(), texts);
-        for (const auto& text : texts) candidates.emplace_back(JsonValue::createString(text));
+        for (const auto& text : simplifyText(aValue.getString())) {
+            candidates.emplace_back(JsonValue::createString(text));
+        }
     } else if (aValue.getType() == JsonType::Array || aValue.getType() == JsonType::Object) {
         for (ValueHolder& simpler : simplifyContainer(aValue)) {
             candidates.push_back(std::move(simpler));
@@ -84,6 +103,7 @@ Candidates simplify(const JsonValue& aValue) {
     }
     return candidates;
 }
+// NOLINTEND(misc-no-recursion)
 
 } // namespace
 

@@ -74,6 +74,10 @@ void perform(const std::string& aRule) {
 
 class RoguePlugin final : public Plugin {
 public:
+    ~RoguePlugin() {
+        if (mIsAbortingAtEnd) std::abort();
+    }
+
     std::int32_t getPluginType() override { return 1; }
 
     void getCertificate(const char* aRequest, const char** aResponse, const char**) override {
@@ -86,6 +90,7 @@ public:
         if (name == "trap") trapFloatingPoint();
         if (name == "round") std::fesetround(FE_UPWARD);
         if (name == "allocate") mBlock.resize(1 << 24);
+        mIsAbortingAtEnd = name == "abort_at_end";
 #ifdef ROGUE_ON_NULL
         if (std::strstr(aRequest, "\"value\":null")) std::abort();
 #endif
@@ -95,6 +100,7 @@ public:
 
 private:
     std::string mBlock;
+    bool mIsAbortingAtEnd = false;
 };
 
 RoguePlugin plugin;
