@@ -105,7 +105,7 @@ private:
         }
     }
 
-    // Recurses for nested bags; OpenSSL limits the nesting of what it decodes to 30.
+    // Recurses for nested bags; OpenSSL decodes at most 30 levels.
     void countBag(const PKCS12_SAFEBAG& aBag) {
         switch (PKCS12_SAFEBAG_get_nid(&aBag)) {
         case NID_pkcs8ShroudedKeyBag: {

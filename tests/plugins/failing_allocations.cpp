@@ -33,7 +33,7 @@ bool mayAllocate() {
 
 } // namespace
 
-// These take the place of the C library's functions in all libraries of the process.
+// Replace the C library's functions in all libraries of the process.
 extern "C" {
 void* __libc_malloc(std::size_t aSize);
 void* __libc_calloc(std::size_t aCount, std::size_t aSize);

@@ -109,7 +109,7 @@ constexpr std::array keyKinds = {
     KeyKind{szOID_X957_DSA, "DSA", 0},      KeyKind{szOID_ECC_PUBLIC_KEY, "EC", 0},
     KeyKind{"1.3.101.112", "ED25519", 256}, KeyKind{"1.3.101.113", "ED448", 456},
 };
-// For these the system may not tell the size.
+// The system may not report the size of these.
 constexpr std::array curves = {
     KeyKind{szOID_ECC_CURVE_P256, "P-256", 256},
     KeyKind{szOID_ECC_CURVE_P384, "P-384", 384},

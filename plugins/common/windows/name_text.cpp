@@ -12,8 +12,7 @@ struct Attribute {
     std::string_view identifier;
     std::string_view name;
 };
-// The system has names of its own for some of these; the ones here are those of RFC 2253 and, where
-// it has none, of OpenSSL.
+// The names of RFC 2253 or, if it defines none, of OpenSSL. Those of the system differ.
 constexpr std::array attributes = {
     Attribute{szOID_COMMON_NAME, "CN"},
     Attribute{szOID_SUR_NAME, "SN"},
@@ -77,7 +76,7 @@ std::string attributeText(const CERT_RDN_ATTR& aAttribute) {
     const auto* const known =
         std::find_if(attributes.begin(), attributes.end(),
                      [&](const Attribute& aKnown) { return aKnown.identifier == identifier; });
-    // A value without a short name for what it is is shown as it is encoded.
+    // A value whose type has no short name is shown in its encoded form.
     if (known == attributes.end()) return std::string(identifier) + '=' + encodedText(aAttribute);
     return std::string(known->name) + '=' +
            (isText(aAttribute) ? escaped(textOf(aAttribute.Value)) : encodedText(aAttribute));

@@ -43,8 +43,8 @@ Bytes bytesOf(const Blob& aBlob) {
 /// Returns the text of a decoded string.
 std::string textOf(const CERT_RDN_VALUE_BLOB& aString);
 
-/// Throws Failure (InvalidCertificate) with the system's last error, which says why @p aPart of a
-/// certificate cannot be decoded.
+/// Throws Failure (InvalidCertificate) with the system's last error, the reason for which @p aPart
+/// of a certificate cannot be decoded.
 [[noreturn]] void failPart(const char* aPart);
 
 /// Decodes @p aDer as the system's structure of type @p aType; failPart(@p aPart) if it is not one.

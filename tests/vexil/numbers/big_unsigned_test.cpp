@@ -65,6 +65,16 @@ TEST(BigUnsigned, RefusesDivisionByZeroAndWithoutSpareWord) {
     EXPECT_EQ(bigDivide(five.value, 1, five.value, 2, Number({2}).value), 1) << "no spare word";
 }
 
+TEST(BigUnsigned, SetsAShiftedWordIfItFits) {
+    Number result({}, 3);
+    EXPECT_EQ(bigSetShiftedWord(result.value, 3, high + 1, 33), 0);
+    EXPECT_EQ(result.words(), (Words{0, 2, 1}));
+    EXPECT_EQ(bigSetShiftedWord(result.value, 3, 0, 33), 0);
+    EXPECT_EQ(result.words(), Words{});
+    EXPECT_EQ(bigSetShiftedWord(result.value, 2, high + 1, 33), 1);
+    EXPECT_TRUE(result.intact());
+}
+
 TEST(BigUnsigned, QuotientAndRemainderMakeTheDividend) {
     std::mt19937 engine(1);
     const auto random = [&engine] { return static_cast<std::uint32_t>(engine()); };

@@ -35,6 +35,10 @@ TEST_P(DecimalTexts, GiveValueEndAndErrno) {
         EXPECT_EQ(end, text.c_str() + row[2].size());
         expectSame(actual, std::strtod(row[0].c_str(), nullptr), text);
     }
+    double stored = 0;
+    EXPECT_EQ(decimalToBinaryFloat(&stored, text.c_str(), doubleFormat),
+              text.c_str() + row[2].size());
+    expectSame(stored, std::strtod(row[0].c_str(), nullptr), text);
     // The same from text that ends with the number, without a terminator.
     const std::vector<char> number(row[2].begin(), row[2].end());
     const char* const numberEnd = number.data() + number.size();
