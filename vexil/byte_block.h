@@ -32,7 +32,6 @@ public:
     static ByteBlock load(const void* aBytes) {
         return ByteBlock(_mm_loadu_si128(static_cast<const __m128i*>(aBytes)));
     }
-    static ByteBlock zero() { return ByteBlock(_mm_setzero_si128()); }
     /// Copies `size` bytes to @p aDest.
     void store(void* aDest) const { _mm_storeu_si128(static_cast<__m128i*>(aDest), mBytes); }
 
@@ -81,7 +80,6 @@ public:
     static ByteBlock load(const void* aBytes) {
         return ByteBlock(vld1q_u8(static_cast<const std::uint8_t*>(aBytes)));
     }
-    static ByteBlock zero() { return ByteBlock(vdupq_n_u8(0)); }
     void store(void* aDest) const { vst1q_u8(static_cast<std::uint8_t*>(aDest), mBytes); }
 
     template <unsigned char byte>
@@ -125,7 +123,6 @@ public:
         std::memcpy(&word, aBytes, size);
         return ByteBlock(word);
     }
-    static ByteBlock zero() { return ByteBlock(0); }
     void store(void* aDest) const { std::memcpy(aDest, &mBytes, size); }
 
     template <unsigned char byte>

@@ -60,19 +60,22 @@ constexpr std::array<std::uint64_t, 256> makeNextStates() {
 
 constexpr auto nextStates = makeNextStates();
 
+/// Returns the position after the whole blocks of ASCII at the front of the text.
+const std::uint8_t* skipAsciiBlocks(const std::uint8_t* aText, const std::uint8_t* aEnd) {
+    while (aEnd - aText >= blockSize && !ByteBlock::load(aText).hasMark()) aText += blockSize;
+    return aText;
+}
+
 /// The state after the text.
 std::uint64_t runAutomaton(const std::uint8_t* aText, const std::uint8_t* aEnd) {
     std::uint64_t state = BetweenForms;
     const auto advanceTo = [&](const std::uint8_t* aPos) {
         for (; aText != aPos; ++aText) state = nextStates[*aText] >> state & 0x3F;
     };
-    while (aEnd - aText >= blockSize) {
-        const bool isAscii = !ByteBlock::load(aText).hasMark();
-        if (isAscii && state == BetweenForms) {
-            aText += blockSize;
-        } else {
-            advanceTo(aText + blockSize);
-        }
+    for (;;) {
+        if (state == BetweenForms) aText = skipAsciiBlocks(aText, aEnd);
+        if (aEnd - aText < blockSize) break;
+        advanceTo(aText + blockSize);
     }
     advanceTo(aEnd);
     return state;
@@ -82,12 +85,10 @@ std::uint64_t runAutomaton(const std::uint8_t* aText, const std::uint8_t* aEnd) 
 constexpr std::ptrdiff_t maxLookback = 3;
 
 /// Marks the bytes of a block that cannot follow the bytes before them, or that occur in no form.
-/// The text must extend
-/// maxLookback bytes before the block.
+/// The text must extend maxLookback bytes before the block.
 ByteBlock findFaults(const std::uint8_t* aText) {
     const ByteBlock bytes = ByteBlock::load(aText);
     const ByteBlock third = ByteBlock::load(aText - 3);
-    if (!(bytes | third).hasMark()) return ByteBlock::zero();
     const ByteBlock first = ByteBlock::load(aText - 1);
     const ByteBlock second = ByteBlock::load(aText - 2);
 
@@ -106,6 +107,11 @@ ByteBlock findFaults(const std::uint8_t* aText) {
     return misplaced | neverUsed | overlong | surrogate | aboveLastCode;
 }
 
+/// Whether a block and the bytes that it looks back at are ASCII, and therefore without a fault.
+bool isAscii(const std::uint8_t* aText) {
+    return !(ByteBlock::load(aText) | ByteBlock::load(aText - maxLookback)).hasMark();
+}
+
 /// Examines all bytes of a block at once, for texts of at least maxLookback + blockSize bytes.
 bool isValidByBlocks(const std::uint8_t* aText, const std::uint8_t* aEnd) {
     VEXIL_ASSERT(aEnd - aText >= maxLookback + blockSize);
@@ -113,7 +119,14 @@ bool isValidByBlocks(const std::uint8_t* aText, const std::uint8_t* aEnd) {
     const std::uint8_t* next = aText + maxLookback;
     if (runAutomaton(aText, next) == InvalidForm) return false;
     ByteBlock faults = findFaults(aEnd - blockSize);
-    for (; aEnd - next >= blockSize; next += blockSize) faults = faults | findFaults(next);
+    while (aEnd - next >= blockSize) {
+        if (isAscii(next)) {
+            next = skipAsciiBlocks(next, aEnd);
+        } else {
+            faults = faults | findFaults(next);
+            next += blockSize;
+        }
+    }
     const bool isComplete = aEnd[-1] < 0xC0 && aEnd[-2] < 0xE0 && aEnd[-3] < 0xF0;
     return isComplete && !faults.hasMark();
 }
