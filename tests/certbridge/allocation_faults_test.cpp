@@ -147,7 +147,7 @@ TEST(AllocationFaults, OfFormatting) {
 
 TEST(AllocationFaults, OfAnExchange) {
     const auto request = parseText(
-        R"({"action":"","a":[1,{}],"response":"{'response':[{'name':'a','value':[1.5,'b']}]}"})");
+        R"({"action":"","a":[1,{}],"response":"{\"response\":[{\"name\":\"a\",\"value\":[1.5,\"b\"]}]}"})");
     failToMake("exchange", [&] {
         RecordingPort port;
         performGetCertificate(port, *request, FIXTURE_PLUGIN);

@@ -9,7 +9,7 @@
 
 TEST(CertificateExchange, UnloadsTheLibraryBeforeItReturns) {
     const auto request =
-        parseText(R"({"note":"fixture_was_unloaded","response":"{'response':[]}"})");
+        parseText(R"({"note":"fixture_was_unloaded","response":"{\"response\":[]}"})");
     std::filesystem::remove("fixture_was_unloaded");
     RecordingPort port;
     performGetCertificate(port, *request, FIXTURE_PLUGIN);

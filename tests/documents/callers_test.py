@@ -22,7 +22,8 @@ PROTOCOL = read("docs/protocol.md")
 MINIMAL = BUILD / "minimal_plugin.so"
 FIXTURE = BUILD / "tests/fixtures/fixture.so"
 PLUGIN_ERROR = (
-    """{'error':[{'name':'errorCode','value':7},{'name':'erroMessage','value':'why'}]}"""
+    r'{\"error\":[{\"name\":\"errorCode\",\"value\":7},'
+    r'{\"name\":\"erroMessage\",\"value\":\"why\"}]}'
 )
 LONG_TEXT = "x" * 2000000
 

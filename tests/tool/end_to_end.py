@@ -1,13 +1,12 @@
 # SPDX-License-Identifier: MIT
-"""Runs each row of data/end_to_end.txt through the built program, with the plugins made for it.
+"""Runs the rows of data/end_to_end.txt through the built program. Each row is a test.
 
-Usage: end_to_end.py PROGRAM PLUGIN_FOLDER SANITIZED [RUNNER]
-SANITIZED is ON for a program built with the sanitizers. RUNNER is the command that runs a Windows
-program.
+A row that stands for several, because a key has several values, is numbered: name_1, name_2.
+The exit status is 77 if all rows were skipped.
 """
 
-import collections
-import concurrent.futures
+import argparse
+import functools
 import json
 import os
 import pathlib
@@ -15,129 +14,178 @@ import shlex
 import subprocess
 import sys
 import tempfile
+import unittest
 
 from table import read_rows
 
-TIMEOUT = 120
-# Root without the right to read everything.
+TIMEOUT_SECONDS = 120
+BROKEN_PIPE = 9
+ALL_SKIPPED = 77
+LOCALE_SOURCE = """LC_NUMERIC
+decimal_point ","
+thousands_sep "."
+END LC_NUMERIC
+"""
+# Root without the permission to read every file.
 NOBODY = "" if os.geteuid() else "setpriv --bounding-set=-dac_override,-dac_read_search"
+
+
+def parse_arguments():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("program")
+    parser.add_argument("plugins", help="the folder of the fixture plugins")
+    parser.add_argument("--sanitized", action="store_true", help="built with the sanitizers")
+    parser.add_argument("--emulator", default=[], nargs=1, help="runs a Windows program")
+    parser.add_argument("--rows", nargs="+", help="the names of the rows, all by default")
+    return parser.parse_args()
+
+
+ARGUMENTS = parse_arguments()
+PROGRAM = os.path.abspath(ARGUMENTS.program)
+IS_WINDOWS = PROGRAM.endswith(".exe")
+SCRATCH = tempfile.TemporaryDirectory()
+
+
+@functools.lru_cache(maxsize=None)
+def comma_locale():
+    """The name of a locale whose decimal point is a comma; None if it cannot be made."""
+    if IS_WINDOWS:
+        return b"German"
+    folder = pathlib.Path(SCRATCH.name)
+    source = folder / "comma.src"
+    source.write_text(LOCALE_SOURCE)
+    # The command fails although it writes the locale, because the other categories are missing.
+    subprocess.run(["localedef", "-c", "-i", source, folder / "comma"], check=False,
+                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    return b"comma" if (folder / "comma").exists() else None
 
 
 def request(row):
     if "input" in row:
         return row["input"]
-    members = [b'"%s":"%s"' % (key.encode(), row[key])
-               for key in ("do", "locale", "response", "error") if key in row]
-    members = [b'"action":"getCertificate"', row.get("members"), *members]
-    return b"{%s}" % b",".join(filter(None, members))
+    members = [b'"action":"getCertificate"']
+    if "members" in row:
+        members.append(row["members"])
+    for key in ("do", "locale", "response", "error"):
+        if key in row:
+            value = row[key].replace(b"LOCALE", comma_locale() or b"").decode()
+            members.append(('"%s":%s' % (key, json.dumps(value, ensure_ascii=False))).encode())
+    return b"{" + b",".join(members) + b"}"
 
 
-def output(row):
-    """The line on standard output, without its end."""
-    line = row.get("output", b"").decode()
-    if "sent" in row:
-        sent = '{"request":[%s]}' % row["sent"].decode()
-        line = '{"getCertificate":{"request":%s}}' % json.dumps(sent, ensure_ascii=False)
+def expected_line(row):
+    """The line on standard output without its end; empty if there is none."""
+    if IS_WINDOWS and "windows" in row:
+        return row["windows"].decode()
+    if "output" in row:
+        return row["output"].decode()
     if "certificate" in row:
-        line = '{"getCertificate":{%s}}' % row["certificate"].decode()
+        return '{"getCertificate":{%s}}' % row["certificate"].decode()
+    if "sent" in row:
+        text = '{"request":[%s]}' % row["sent"].decode()
+        return '{"getCertificate":{"request":%s}}' % json.dumps(text, ensure_ascii=False)
     if "fatal" in row:
         code, message = row["fatal"].decode().split(" ", 1)
-        line = ('{"error":[{"name":"errorCode","value":%s},{"name":"errorMessage","value":%s}]}'
+        return ('{"error":[{"name":"errorCode","value":%s},{"name":"errorMessage","value":%s}]}'
                 % (code, json.dumps(message)))
-    return line
+    return ""
 
 
-class Runner:
-    def __init__(self, program, plugins, sanitized, runner, scratch):
-        self.command = [*runner.split(), os.path.abspath(program)]
-        self.plugins, self.sanitized = plugins, sanitized == "ON"
-        self.foreign = program.endswith(".exe")
-        self.shown = "Z:" + self.command[-1].replace("/", "\\") if self.foreign else self.command[-1]
-        self.locale = "German" if self.foreign else make_locale(scratch)
-        self.environment = dict(os.environ, LOCPATH=scratch, NOBODY=NOBODY)
-        (silent, _), (cut, writer) = os.pipe(), os.pipe()  # their other ends stay open
-        os.write(writer, b'{"action"')
-        os.set_blocking(cut, False)
-        self.inputs = {b"silent": silent, b"cut": cut}
-        reader, broken_pipe = os.pipe()
-        os.close(reader)
-        os.dup2(broken_pipe, 9)
-
-    def reason_to_skip(self, row):
-        if "locale" in row and not self.locale:
-            return "localedef cannot make a locale here"
-        reason = (self.foreign and row.get("native")) or (self.sanitized and row.get("unchecked"))
-        return reason and reason.decode()
-
-    def command_line(self, row):
-        plugin = row.get("plugin", b"fixture").decode()
-        arguments = ["./" + plugin + (".dll" if self.foreign else ".so")]
-        if "args" in row:
-            arguments = shlex.split(row["args"].decode())
-        shell = ["sh", "-c", row["shell"], "sh"] if "shell" in row and not self.foreign else []
-        return [*shell, *self.command, *arguments]
-
-    def run(self, row):
-        """The row's status, output and error as they are."""
-        if "stdin" in row:
-            stdin = {"stdin": self.inputs[row["stdin"]]}
-        else:
-            stdin = {"input": request(row).replace(b"LOCALE", (self.locale or "").encode())}
-        try:
-            result = subprocess.run(self.command_line(row), **stdin, stdout=subprocess.PIPE,
-                                    stderr=subprocess.PIPE, timeout=TIMEOUT, pass_fds=[9],
-                                    cwd=self.plugins, env=self.environment)
-        except subprocess.TimeoutExpired:
-            return "still running after %d seconds" % TIMEOUT
-        return result.returncode, result.stdout, result.stderr
-
-    def expected(self, row):
-        end = "\r\n" if self.foreign else "\n"
-        line = row["windows"].decode() if self.foreign and "windows" in row else output(row)
-        status = int(row.get("status", 2 * (not line.startswith('{"get'))))
-        error = row.get("stderr", b"").decode().replace("PROGRAM", self.shown)
-        line, error = (text and text.replace("\n", end) + end for text in (line, error))
-        return status, line.encode(), error.encode()
-
-    def check(self, row):
-        """"passed", "failed" or "skipped", and what there is to tell."""
-        reason = self.reason_to_skip(row)
-        if reason:
-            return "skipped", reason
-        expected, actual = self.expected(row), self.run(row)
-        if actual == expected:
-            return "passed", ""
-        told = (("row", row), ("expected", expected), ("actual", actual))
-        return "failed", "".join("\n  %-8s %s" % (name, shortened(repr(value)))
-                                 for name, value in told)
+def expected_status(row):
+    if "status" in row:
+        status = int(row["status"])
+        return 2 if IS_WINDOWS and status < 0 else status  # there are no signals
+    return 0 if expected_line(row).startswith('{"getCertificate"') else 2
 
 
-def make_locale(scratch):
-    """Makes a locale whose decimal point is a comma; None where the tools are missing."""
-    source = scratch / "comma.src"
-    source.write_text('LC_NUMERIC\ndecimal_point ","\nthousands_sep "."\nEND LC_NUMERIC\n')
-    os.system("localedef -c -i '%s' '%s' >/dev/null 2>&1" % (source, scratch / "comma"))
-    return "comma" if (scratch / "comma").exists() else None
+def expected_error(row):
+    shown = "Z:" + PROGRAM.replace("/", "\\") if IS_WINDOWS else PROGRAM
+    return row.get("stderr", b"").decode().replace("PROGRAM", shown)
 
 
-def shortened(text):
+def with_line_end(text):
+    if not text:
+        return b""
+    end = "\r\n" if IS_WINDOWS else "\n"
+    return (text.replace("\n", end) + end).encode()
+
+
+def command(row):
+    arguments = ["./" + row.get("plugin", b"fixture").decode() + (".dll" if IS_WINDOWS else ".so")]
+    if "args" in row:
+        arguments = shlex.split(row["args"].decode())
+    shell = ["sh", "-c", row["shell"], "sh"] if "shell" in row and not IS_WINDOWS else []
+    return [*shell, *ARGUMENTS.emulator, PROGRAM, *arguments]
+
+
+def shortened(value):
+    text = repr(value)
     return text if len(text) <= 2000 else text[:1000] + " ... " + text[-900:]
 
 
+class EndToEnd(unittest.TestCase):
+    def skip_unless_possible(self, row):
+        if IS_WINDOWS and "posix" in row:
+            self.skipTest(row["posix"].decode())
+        if ARGUMENTS.sanitized and "unsanitized" in row:
+            self.skipTest(row["unsanitized"].decode())
+        if "locale" in row and not comma_locale():
+            self.skipTest("localedef cannot make a locale here")
+
+    def open_pipe(self):
+        reader, writer = os.pipe()
+        self.addCleanup(os.close, reader)
+        self.addCleanup(os.close, writer)
+        return reader, writer
+
+    def standard_input(self, row):
+        """The arguments of subprocess.run() for standard input."""
+        if "stdin" not in row:
+            return {"input": request(row)}
+        reader, writer = self.open_pipe()
+        if row["stdin"] == b"broken":
+            os.write(writer, b'{"action"')
+            os.set_blocking(reader, False)
+        return {"stdin": reader}
+
+    def run_row(self, row):
+        self.skip_unless_possible(row)
+        result = subprocess.run(
+            command(row), stdout=subprocess.PIPE, stderr=subprocess.PIPE, pass_fds=[BROKEN_PIPE],
+            cwd=ARGUMENTS.plugins, env=dict(os.environ, LOCPATH=SCRATCH.name, NOBODY=NOBODY),
+            timeout=TIMEOUT_SECONDS, **self.standard_input(row))
+        actual = result.returncode, result.stdout, result.stderr
+        expected = (expected_status(row), with_line_end(expected_line(row)),
+                    with_line_end(expected_error(row)))
+        if actual != expected:
+            self.fail("\nrow      %s\nexpected %s\nactual   %s"
+                      % (shortened(row), shortened(expected), shortened(actual)))
+
+
+def add_tests(rows):
+    names = [row["name"].decode() for row in rows]
+    count = {}
+    for name, row in zip(names, rows):
+        count[name] = count.get(name, 0) + 1
+        number = "_%d" % count[name] if names.count(name) > 1 else ""
+        if not ARGUMENTS.rows or name in ARGUMENTS.rows or name + number in ARGUMENTS.rows:
+            setattr(EndToEnd, "test_" + name + number, lambda self, row=row: self.run_row(row))
+
+
 def main():
-    with tempfile.TemporaryDirectory() as scratch:
-        runner = Runner(*sys.argv[1:4], "".join(sys.argv[4:5]), pathlib.Path(scratch))
-        rows = read_rows("end_to_end.txt")
-        with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
-            results = list(pool.map(runner.check, rows))
-    for row, (outcome, told) in zip(rows, results):
-        if outcome != "passed":
-            print("%s %s: %s" % (outcome.upper(), row["label"].decode(), told))
-    count = collections.Counter(outcome for outcome, _ in results)
-    skipped = ", %d skipped" % count["skipped"] if count["skipped"] else ""
-    print("%d passed, %d failed%s" % (count["passed"], count["failed"], skipped))
-    return 1 if count["failed"] else 0
+    add_tests(read_rows("end_to_end.txt"))
+    reader, writer = os.pipe()
+    os.dup2(writer, BROKEN_PIPE)
+    os.close(reader)
+    os.close(writer)
+    tests = unittest.main(argv=sys.argv[:1], verbosity=2, exit=False).result
+    SCRATCH.cleanup()
+    if tests.testsRun == 0:
+        sys.exit("no such row")
+    if not tests.wasSuccessful():
+        sys.exit(1)
+    sys.exit(ALL_SKIPPED if len(tests.skipped) == tests.testsRun else 0)
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    main()
