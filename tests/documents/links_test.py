@@ -27,7 +27,7 @@ class Links(unittest.TestCase):
                     self.assertIn(anchor, anchors(target.read_text(encoding="utf-8")))
 
     def test_source_tree(self):
-        for document in (*SOURCE.glob("*.md"), *SOURCE.glob("docs/*.md")):
+        for document in (*SOURCE.glob("*.md"), *SOURCE.glob("docs/*.md"), *SOURCE.glob("clients/*/*.md")):
             self.check_links(document)
 
     def test_installed_tree(self):

@@ -129,6 +129,20 @@ def fuzz_targets():
     return set(listed) | set(re.findall(r"^ *add_fuzz_target\((\w+)", cmake, re.MULTILINE))
 
 
+def folders():
+    """The folders of the sources: those at the top and the library's."""
+    found = [*SOURCE.iterdir(), *(SOURCE / "vexil").iterdir()]
+    return {
+        f"{path.relative_to(SOURCE)}/"
+        for path in found
+        if path.is_dir() and not is_generated(path) and not path.name.startswith(".")
+    }
+
+
+def is_generated(folder):
+    return folder.name == "build" or (folder / "CMakeCache.txt").exists()
+
+
 def sources():
     """The source files in all languages, without those that a build has generated."""
     suffixes = {".c", ".cmake", ".cpp", ".go", ".h", ".js", ".py", ".rs", ".sh", ".ts"}
@@ -228,6 +242,10 @@ STATEMENTS = {
         public_headers,
     ),
     "fuzz_targets": (lambda: column(read("docs/fuzzing.md"), "target", "property"), fuzz_targets),
+    "folders_in_architecture": (
+        lambda: column(read("docs/architecture.md"), "Folder", "Content"),
+        folders,
+    ),
     "libraries_in_bill_of_materials": (listed_libraries, plugin_libraries),
     "error_codes_of_plugins": (
         lambda: {row[0] for row in table(read("docs/plugins.md"), "Code", "Meaning")},
