@@ -21,8 +21,8 @@ sys.dont_write_bytecode = True
 
 import certbridge  # noqa: E402
 
-RESPONSE = "{'response':[{'name':'subject','value':'CN=x'}]}"
-PLUGIN_ERROR = "{'error':[{'name':'errorCode','value':7},{'name':'erroMessage','value':'why'}]}"
+RESPONSE = '{"response":[{"name":"subject","value":"CN=x"}]}'
+PLUGIN_ERROR = '{"error":[{"name":"errorCode","value":7},{"name":"erroMessage","value":"why"}]}'
 LIMIT = 1000000
 
 # Members of the request, and the result or the exception with a part of its text.
