@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 module my_plugin
 
 go 1.19
