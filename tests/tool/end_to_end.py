@@ -151,7 +151,8 @@ class EndToEnd(unittest.TestCase):
     def run_row(self, row):
         self.skip_unless_possible(row)
         result = subprocess.run(
-            command(row), stdout=subprocess.PIPE, stderr=subprocess.PIPE, pass_fds=[BROKEN_PIPE],
+            command(row), stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+            pass_fds=[] if IS_WINDOWS else [BROKEN_PIPE],
             cwd=ARGUMENTS.plugins, env=dict(os.environ, LOCPATH=SCRATCH.name, NOBODY=NOBODY),
             timeout=TIMEOUT_SECONDS, **self.standard_input(row))
         actual = result.returncode, result.stdout, result.stderr
