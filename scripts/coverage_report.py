@@ -103,10 +103,9 @@ class Report:
     def add_uncovered(self, name, text):
         reason = self.reasons.get((name, text))
         self.unused.pop((name, text), None)
-        if reason or name.startswith(REASON_IS_OPTIONAL):
-            escaped = text.replace("|", r"\|")
-            self.uncovered.append(f"| `{name}` | `{escaped}` | {reason or ''} |")
-        else:
+        escaped = text.replace("|", r"\|")
+        self.uncovered.append(f"| `{name}` | `{escaped}` | {reason or ''} |")
+        if not reason and not name.startswith(REASON_IS_OPTIONAL):
             self.unexplained.append(f"{name} | {text} | ")
 
     def text(self):
