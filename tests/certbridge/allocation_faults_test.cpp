@@ -141,6 +141,15 @@ TEST(AllocationFaults, OfUnicodeStrings) {
     failToMake("UTF-8", [] { return UnicodeString32(Utf8, longText).asUtf8(); });
 }
 
+TEST(AllocationSizes, OfAnIndexOutOfRangeDoNotDependOnTheContainer) {
+    std::string text = "[0";
+    for (int i = 0; i < 20000; ++i) text += ",0";
+    const auto array = parseText(text + "]");
+    FailingMemory::largestRequest = 0;
+    EXPECT_THROW(static_cast<void>(array->getValueAt(array->getSize())), std::out_of_range);
+    EXPECT_LT(FailingMemory::largestRequest, 1000u);
+}
+
 TEST(AllocationFaults, OfFormatting) {
     failToMake("format", [] { return FormatToMemory::format("%s", longText.c_str()); });
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/certbridge/failing_memory.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
@@ -16,6 +17,7 @@ void* __real_malloc(std::size_t aSize);
 void* __real_realloc(void* aBlock, std::size_t aSize);
 void __real_free(void* aBlock);
 void* __wrap_malloc(std::size_t aSize) {
+    FailingMemory::largestRequest = std::max(FailingMemory::largestRequest, aSize);
     void* const block = FailingMemory::mayAllocate() ? __real_malloc(aSize) : nullptr;
     FailingMemory::liveBlocks += block != nullptr;
     return block;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
+
 /// While it lives, the first @p aCount allocations succeed, and the next one fails, as does every
 /// later one unless @p aOnce; be it by malloc, realloc or operator new. One at a time.
 class FailingMemory {
@@ -23,6 +25,8 @@ public:
 
     /// Blocks that are allocated and not freed.
     static inline long liveBlocks = 0;
+    /// Size of the largest block that was requested.
+    static inline std::size_t largestRequest = 0;
     /// Libraries that are loaded and not unloaded.
     static inline long openLibraries = 0;
 

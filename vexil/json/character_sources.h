@@ -112,12 +112,13 @@ public:
     std::string_view getText() const { return {mText, static_cast<std::size_t>(mCurrent - mText)}; }
 
     [[nodiscard]] char* takeUnescaped(StringAppender& aAppender, char* aNext) {
-        constexpr std::ptrdiff_t shortRun = 8;
+        // Unsigned: a run may be longer than the largest ptrdiff_t of a 32-bit process.
+        constexpr std::size_t shortRun = 8;
         const char* const run = mCurrent;
         mCurrent = measureUnescapedRun(run, mEnd).end;
-        const std::ptrdiff_t size = mCurrent - run;
-        aNext = aAppender.reserve(aNext, static_cast<std::size_t>(std::max(size, shortRun)));
-        if (size <= shortRun && mEnd - run >= shortRun) {
+        const auto size = static_cast<std::size_t>(mCurrent - run);
+        aNext = aAppender.reserve(aNext, std::max(size, shortRun));
+        if (size <= shortRun && static_cast<std::size_t>(mEnd - run) >= shortRun) {
             std::memcpy(aNext, run, shortRun); // a copy of fixed size is faster than a short one
         } else {
             std::copy(run, mCurrent, aNext);

@@ -21,6 +21,25 @@ bool isOneOf(const JsonValue& aValue) {
     return ((type == typeid(Classes)) || ...);
 }
 
+/// An allocator of elements that do not exist: nothing is allocated, constructed or accessed.
+template <class Element>
+struct NoStorage {
+    using value_type = Element;
+    NoStorage() = default;
+    template <class Other>
+    explicit NoStorage(const NoStorage<Other>&) {}
+    Element* allocate(std::size_t) {
+        static Element none;
+        return &none;
+    }
+    void deallocate(Element*, std::size_t) {}
+    template <class Other, class... Arguments>
+    void construct(Other*, Arguments&&...) {}
+    template <class Other>
+    void destroy(Other*) {}
+    bool operator==(const NoStorage&) const = default;
+};
+
 /// Whether a value is of the library's class @p Kind; checks for the most frequent class first.
 template <class Kind>
 bool isLibraryClass(const JsonValue& aValue) {
@@ -56,8 +75,8 @@ void JsonValueContainer::grow(std::uint32_t aSlotsPerEntry) {
 }
 
 void JsonValueContainer::throwOutOfRange(std::uint32_t aIndex) const {
-    // The message has to be the one of the standard library's own container.
-    static_cast<void>(std::vector<char>(mCount).at(aIndex));
+    // The message is that of the standard library's container, which here owns no memory.
+    static_cast<void>(std::vector<char, NoStorage<char>>(mCount).at(aIndex));
 }
 
 JsonValue* JsonValueObject::find(const char* aName) const {

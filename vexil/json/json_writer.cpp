@@ -183,11 +183,11 @@ private:
         case JsonType::Null:
             return putWord(aNext, "null");
         case JsonType::Boolean:
-            return putWord(aNext, aValue.getBoolean() ? "true" : "false");
+            return putBoolean(aNext, aValue);
         case JsonType::Integer:
-            return putInteger(aNext, aValue.getInteger());
+            return putInteger(aNext, aValue);
         case JsonType::Float:
-            return putFloat(aNext, aValue.getFloat());
+            return putFloat(aNext, aValue);
         case JsonType::String:
             return putString(aNext, aValue.getString());
         case JsonType::Array:
@@ -213,22 +213,36 @@ private:
         return mSink.endPiece(std::copy(aPiece.begin(), aPiece.end(), aNext));
     }
 
-    char* beginWord(char* aNext) {
-        if (mSpaceNeeded) aNext = putPiece(aNext, " ");
+    // The blank before a bare word is written before the value is read, and the flag is set after
+    // the word is written, except that of a float: either step may throw.
+    char* putBlank(char* aNext) { return mSpaceNeeded ? putPiece(aNext, " ") : aNext; }
+
+    char* putWord(char* aNext, std::string_view aWord) {
+        aNext = putPiece(putBlank(aNext), aWord);
         mSpaceNeeded = true;
         return aNext;
     }
 
-    char* putWord(char* aNext, std::string_view aWord) { return putPiece(beginWord(aNext), aWord); }
-
-    char* putInteger(char* aNext, std::int32_t aValue) {
-        aNext = mSink.reserve(beginWord(aNext), integerTextSize);
-        return mSink.endPiece(writeInteger(aNext, aValue));
+    char* putBoolean(char* aNext, const JsonValue& aValue) {
+        aNext = putBlank(aNext);
+        aNext = putPiece(aNext, aValue.getBoolean() ? "true" : "false");
+        mSpaceNeeded = true;
+        return aNext;
     }
 
-    char* putFloat(char* aNext, double aValue) {
-        aNext = mSink.reserve(beginWord(aNext), floatTextSize);
-        const FloatText text = writeFloat(aNext, aValue);
+    char* putInteger(char* aNext, const JsonValue& aValue) {
+        aNext = putBlank(aNext);
+        const std::int32_t value = aValue.getInteger();
+        aNext = mSink.endPiece(writeInteger(mSink.reserve(aNext, integerTextSize), value));
+        mSpaceNeeded = true;
+        return aNext;
+    }
+
+    char* putFloat(char* aNext, const JsonValue& aValue) {
+        aNext = putBlank(aNext);
+        mSpaceNeeded = true;
+        const double value = aValue.getFloat();
+        const FloatText text = writeFloat(mSink.reserve(aNext, floatTextSize), value);
         aNext = mSink.endPiece(text.end);
         return text.looksLikeInteger ? putPiece(aNext, ".0") : aNext;
     }

@@ -3,6 +3,7 @@
 #include "vexil/json/containers.h"
 
 #include <memory>
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -35,7 +36,9 @@ private:
     /// Copies a value, or begins the copy of a container of this library and returns null.
     std::unique_ptr<JsonValue> start(const JsonValue& aSource) {
         if (JsonValueContainer::from(&aSource) == nullptr) {
-            return std::unique_ptr<JsonValue>(aSource.clone());
+            std::unique_ptr<JsonValue> copy(aSource.clone());
+            if (!copy) throw std::bad_alloc();
+            return copy;
         }
         const bool isObject = aSource.getType() == JsonType::Object;
         std::unique_ptr<JsonValue> copy(isObject ? JsonValue::createObject()

@@ -82,7 +82,7 @@ static_assert(
         if (findEscapedBytes(word) != 0) break;
     }
     // The last four to seven bytes of a text, as two overlapping halves.
-    const std::ptrdiff_t rest = aEnd - aText;
+    const auto rest = static_cast<std::size_t>(aEnd - aText);
     if (rest >= 4 && rest < 8) {
         std::uint32_t first = 0;
         std::uint32_t last = 0;

@@ -77,7 +77,20 @@ TEST_P(JsonValueKinds, SupportTheirOwnOperationsAndNoOther) {
 
 INSTANTIATE_TABLE(JsonValueKinds, "value_kinds.txt", 3);
 
-TEST(JsonValueContainers, RefuseAnIndexBehindTheLastEntry) {
+/// A value from outside the library that cannot be cloned.
+class UncloneableValue : public vexil::JsonValueDefault {
+public:
+    vexil::JsonType getType() const override { return vexil::JsonType::Null; }
+    JsonValue* clone() const override { return nullptr; }
+};
+
+TEST(JsonValueContainers, ReportANullCloneAsLackOfMemory) {
+    const JsonTree array = parseText("[]");
+    array->appendValue(new UncloneableValue);
+    EXPECT_THROW(JsonTree(array->clone()), std::bad_alloc);
+}
+
+TEST(JsonValueContainers, RefuseAnIndexPastTheLastEntry) {
     for (const char* const text : {"[]", "[1,2,3,4,5]", "{}", "{\"a\":1}"}) {
         const JsonTree value = parseText(text);
         EXPECT_THROW(value->getValueAt(value->getSize()), std::out_of_range) << text;

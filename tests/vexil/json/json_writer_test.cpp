@@ -11,6 +11,7 @@
 #include <random>
 #include <string>
 
+using vexil::JsonType;
 using vexil::JsonValue;
 using vexil::JsonWriter;
 
@@ -98,6 +99,57 @@ TEST_P(WrittenPieces, AreInOrderUpToAFailure) {
 }
 
 INSTANTIATE_TABLE(WrittenPieces, "written_pieces.txt", 3);
+
+/// A number whose accessors throw.
+class UnreadableNumber : public vexil::JsonValueDefault {
+public:
+    explicit UnreadableNumber(JsonType aType) : mType(aType) {}
+    JsonType getType() const override { return mType; }
+    JsonValue* clone() const override { return nullptr; }
+
+private:
+    JsonType mType;
+};
+
+/// The value after which a write fails, and the pieces of that write and of a later null.
+struct FailedWrite {
+    const char* name;
+    const char* before;         ///< written first
+    const char* value;          ///< written next; empty: one that cannot be read
+    JsonType type;              ///< of the value that cannot be read
+    std::size_t acceptedPieces; ///< of that value
+    const char* pieces;         ///< of all, including a null at the end
+};
+
+class FailedWrites : public testing::TestWithParam<FailedWrite> {};
+
+TEST_P(FailedWrites, LeaveTheStateOfThePiecesWritten) {
+    const FailedWrite& row = GetParam();
+    PieceStream stream;
+    stream.room = 100;
+    JsonWriter writer(stream, 0);
+    if (*row.before != '\0') writer.write(*parseText(row.before));
+    stream.room = row.acceptedPieces;
+    const JsonTree value =
+        *row.value == '\0' ? std::make_unique<UnreadableNumber>(row.type) : parseText(row.value);
+    EXPECT_NE(failureOf([&] { writer.write(*value); }), "");
+    stream.room = 100;
+    writer.write(*parseText("null"));
+    EXPECT_EQ(stream.pieces, row.pieces);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , FailedWrites,
+    testing::Values(FailedWrite{"Null", "", "null", {}, 0, "null"},
+                    FailedWrite{"Boolean", "", "true", {}, 0, "null"},
+                    FailedWrite{"Integer", "", "1", {}, 0, "null"},
+                    FailedWrite{"SecondPieceOfAFloat", "", "1.0", {}, 1, "1   null"},
+                    FailedWrite{"BracketAfterANumber", "1", "[]", {}, 0, "1   null"},
+                    FailedWrite{"ClosingBracket", "1", "[]", {}, 1, "1 [ null"},
+                    FailedWrite{"UnreadableBoolean", "", "", JsonType::Boolean, 9, "null"},
+                    FailedWrite{"UnreadableInteger", "1", "", JsonType::Integer, 9, "1     null"},
+                    FailedWrite{"UnreadableFloat", "", "", JsonType::Float, 9, "  null"}),
+    [](const auto& aRow) { return std::string(aRow.param.name); });
 
 class WrittenPairs : public TableTest {};
 
