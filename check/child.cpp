@@ -30,7 +30,7 @@ constexpr char separator = '\0'; // in no text of a result
         result.outputChange = "closed";
     }
     aChannel.write(Channel::Result, result.serialize());
-    if (aCheck.kind != Check::ExaminesEnd) std::_Exit(EXIT_SUCCESS);
+    if (aCheck.kind != Check::ExaminesEnd) endAtOnce();
     std::exit(EXIT_SUCCESS);
 }
 
@@ -58,6 +58,6 @@ void runAsChild(const Options& aOptions) {
     } catch (const std::exception& exception) {
         const ChildResult result{{Outcome::Inconclusive, exception.what()}, {}};
         channel.write(Channel::Result, result.serialize());
-        std::_Exit(EXIT_SUCCESS);
+        endAtOnce();
     }
 }

@@ -179,3 +179,7 @@ void endWithParent() {
     pollfd output{STDOUT_FILENO, POLLOUT, 0};
     if (poll(&output, 1, 0) == 1 && (output.revents & POLLERR) != 0) std::_Exit(EXIT_FAILURE);
 }
+
+void endAtOnce() {
+    std::_Exit(EXIT_SUCCESS);
+}
