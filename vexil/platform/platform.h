@@ -71,8 +71,8 @@ void reserveStandardStreams();
 /// discarded: neither buffered nor later text is written.
 [[nodiscard]] bool writeStandardOutput(std::string_view aText);
 
-/// On Windows, makes a crash or abort() end the process with @p aStatus, without a dialog and without
-/// flushing any stream. Has no effect on POSIX, where either remains a signal.
+/// On Windows, makes a crash or abort() end the process with @p aStatus, without a dialog and
+/// without flushing any stream. Has no effect on POSIX, where either remains a signal.
 void setCrashStatus(int aStatus);
 
 /// Restores the default state of this thread's floating-point unit: rounding to nearest, full
