@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 
-// Parses and writes every document with every library. The rows are called parse/DOCUMENT/LIBRARY
-// and write/DOCUMENT/LIBRARY; bytes are those of the document, for writing too, so that rows of one
-// document compare by time whatever text a library makes of it.
+// Parses, reads, writes and clones every document with every library. The rows are called
+// OPERATION/DOCUMENT/LIBRARY, where the operation is parse, read (parse and read every string),
+// write or clone; bytes are those of the document for every operation, so that rows of one document
+// compare by time whatever text a library makes of it. Each operation includes freeing its result.
 #include "documents.h"
 #include "libraries.h"
 
@@ -18,6 +19,19 @@ namespace {
 using namespace benchmarks;
 using nlohmann::json;
 using nlohmann::ordered_json;
+
+template <typename Library>
+using TreeOf = decltype(Library::parse(std::string()));
+
+template <typename Library>
+constexpr bool canClone = requires(const TreeOf<Library>& aTree) {
+    Library::clone(aTree);
+};
+
+template <typename Library>
+constexpr bool canReadStrings = requires(const TreeOf<Library>& aTree) {
+    Library::readStrings(aTree, [](std::string_view) {});
+};
 
 [[noreturn]] void fail(const std::string& aWhat) {
     std::fprintf(stderr, "wrong answer: %s\n", aWhat.c_str());
@@ -130,6 +144,34 @@ void checkPeer(const Document& aDocument) {
     });
 }
 
+template <typename Library>
+std::size_t countStringBytes(const std::string& aText) {
+    std::size_t count = 0;
+    Library::readStrings(Library::parse(aText),
+                         [&](std::string_view aString) { count += aString.size(); });
+    return count;
+}
+
+// Every string must have been read, and a clone must be equal.
+template <typename Library>
+void checkOperations(const Document& aDocument) {
+    const auto name = std::string(Library::name) + " on " + aDocument.name;
+    if constexpr (canReadStrings<Library>) {
+        if (countStringBytes<Library>(aDocument.text) !=
+            countStringBytes<Nlohmann>(aDocument.text)) {
+            fail("strings of " + name);
+        }
+    }
+    if constexpr (canClone<Library>) {
+        const auto tree = Library::parse(aDocument.text);
+        std::string text;
+        Library::write(tree, [&](std::string_view aText) { text = aText; });
+        Library::write(Library::clone(tree), [&](std::string_view aText) {
+            if (aText != text) fail("clone of " + name);
+        });
+    }
+}
+
 // Rows ------------------------------------------------------------------------------------------
 
 void setBytes(benchmark::State& aState, const Document& aDocument) {
@@ -156,6 +198,29 @@ void write(benchmark::State& aState, const Document& aDocument) {
 }
 
 template <typename Library>
+void parseAndRead(benchmark::State& aState, const Document& aDocument) {
+    for (auto _ : aState) {
+        const auto tree = Library::parse(aDocument.text);
+        std::size_t sum = 0;
+        Library::readStrings(tree, [&](std::string_view aText) {
+            for (const char byte : aText) sum += static_cast<unsigned char>(byte);
+        });
+        benchmark::DoNotOptimize(sum);
+    }
+    setBytes(aState, aDocument);
+}
+
+template <typename Library>
+void clone(benchmark::State& aState, const Document& aDocument) {
+    const auto tree = Library::parse(aDocument.text);
+    for (auto _ : aState) {
+        auto copy = Library::clone(tree);
+        benchmark::DoNotOptimize(copy);
+    }
+    setBytes(aState, aDocument);
+}
+
+template <typename Library>
 void addRows(const Document& aDocument) {
     const auto add = [&](const char* aKind, auto* aRun) {
         const auto name = std::string(aKind) + '/' + aDocument.name + '/' + Library::name;
@@ -165,6 +230,8 @@ void addRows(const Document& aDocument) {
     };
     add("parse", parse<Library>);
     add("write", write<Library>);
+    if constexpr (canReadStrings<Library>) add("read", parseAndRead<Library>);
+    if constexpr (canClone<Library>) add("clone", clone<Library>);
 }
 
 } // namespace
@@ -178,6 +245,7 @@ int main(int aCount, char** aArguments) {
             check(document, Vexil::parse(document.text));
             forEachLibrary([&]<typename Library>() {
                 if constexpr (!std::is_same_v<Library, Vexil>) checkPeer<Library>(document);
+                checkOperations<Library>(document);
                 addRows<Library>(document);
             });
         } catch (const std::exception& error) {

@@ -37,7 +37,9 @@
 /// One adapter per library, configured to be as strict and exact as the library can be. Each has
 /// - name,
 /// - parse(text): returns an owning tree, or throws,
-/// - write(tree, sink): creates the compact text, passes it to the sink and frees it.
+/// - write(tree, sink): creates the compact text, passes it to the sink and frees it,
+/// - clone(tree): returns a deep copy that owns its memory, if the library has such an operation,
+/// - readStrings(tree, read): passes each string and name, for some of the libraries.
 namespace benchmarks {
 
 inline void require(bool aSuccess) {
@@ -64,6 +66,26 @@ struct Vexil {
         vexil::JsonWriter(stream, 0).write(*aTree);
         aSink(text);
     }
+    static auto clone(const std::unique_ptr<vexil::JsonValue>& aTree) {
+        return std::unique_ptr<vexil::JsonValue>(aTree->clone());
+    }
+    template <typename Read>
+    static void readStrings(const std::unique_ptr<vexil::JsonValue>& aTree, Read aRead) {
+        readValue(*aTree, aRead);
+    }
+
+private:
+    template <typename Read>
+    static void readValue(const vexil::JsonValue& aValue, Read aRead) {
+        const auto type = aValue.getType();
+        if (type == vexil::JsonType::String) return aRead(aValue.getString());
+        if (type != vexil::JsonType::Array && type != vexil::JsonType::Object) return;
+        const auto size = aValue.getSize();
+        for (std::uint32_t i = 0; i < size; ++i) {
+            if (type == vexil::JsonType::Object) aRead(aValue.getNameAt(i)->getString());
+            readValue(*aValue.getValueAt(i), aRead);
+        }
+    }
 };
 
 struct Nlohmann {
@@ -72,6 +94,19 @@ struct Nlohmann {
     template <typename Sink>
     static void write(const nlohmann::json& aTree, Sink aSink) {
         aSink(aTree.dump());
+    }
+    static auto clone(const nlohmann::json& aTree) { return nlohmann::json(aTree); }
+    template <typename Read>
+    static void readStrings(const nlohmann::json& aTree, Read aRead) {
+        if (aTree.is_string()) return aRead(aTree.get_ref<const std::string&>());
+        if (aTree.is_array()) {
+            for (const auto& element : aTree) readStrings(element, aRead);
+        } else if (aTree.is_object()) {
+            for (const auto& [name, value] : aTree.get_ref<const nlohmann::json::object_t&>()) {
+                aRead(name);
+                readStrings(value, aRead);
+            }
+        }
     }
 };
 
@@ -94,6 +129,29 @@ struct RapidJson {
         require(aTree.Accept(writer));
         aSink(std::string_view(text.GetString(), text.GetSize()));
     }
+    static auto clone(const rapidjson::Document& aTree) {
+        rapidjson::Document copy;
+        copy.CopyFrom(aTree, copy.GetAllocator());
+        return copy;
+    }
+    template <typename Read>
+    static void readStrings(const rapidjson::Value& aTree, Read aRead) {
+        if (aTree.IsString()) return readString(aTree, aRead);
+        if (aTree.IsArray()) {
+            for (const auto& element : aTree.GetArray()) readStrings(element, aRead);
+        } else if (aTree.IsObject()) {
+            for (const auto& member : aTree.GetObject()) {
+                readString(member.name, aRead);
+                readStrings(member.value, aRead);
+            }
+        }
+    }
+
+private:
+    template <typename Read>
+    static void readString(const rapidjson::Value& aString, Read aRead) {
+        aRead(std::string_view(aString.GetString(), aString.GetStringLength()));
+    }
 };
 #endif
 
@@ -108,6 +166,19 @@ struct BoostJson {
     template <typename Sink>
     static void write(const boost::json::value& aTree, Sink aSink) {
         aSink(boost::json::serialize(aTree));
+    }
+    static auto clone(const boost::json::value& aTree) { return boost::json::value(aTree); }
+    template <typename Read>
+    static void readStrings(const boost::json::value& aTree, Read aRead) {
+        if (const auto* const text = aTree.if_string()) return aRead(std::string_view(*text));
+        if (const auto* const array = aTree.if_array()) {
+            for (const auto& element : *array) readStrings(element, aRead);
+        } else if (const auto* const object = aTree.if_object()) {
+            for (const auto& member : *object) {
+                aRead(std::string_view(member.key()));
+                readStrings(member.value(), aRead);
+            }
+        }
     }
 };
 #endif
@@ -136,6 +207,7 @@ struct JsonCpp {
         }();
         aSink(Json::writeString(builder, aTree));
     }
+    static auto clone(const Json::Value& aTree) { return Json::Value(aTree); }
 };
 #endif
 
@@ -154,6 +226,7 @@ struct Jansson {
         require(text != nullptr);
         aSink(text.get());
     }
+    static Tree clone(const Tree& aTree) { return Tree(json_deep_copy(aTree.get())); }
 };
 #endif
 
@@ -245,6 +318,28 @@ struct SimdJson {
     template <typename Sink>
     static void write(const Tree& aTree, Sink aSink) {
         aSink(simdjson::minify(aTree->doc.root()));
+    }
+    template <typename Read>
+    static void readStrings(const Tree& aTree, Read aRead) {
+        readElement(aTree->doc.root(), aRead);
+    }
+
+private:
+    template <typename Read>
+    static void readElement(simdjson::dom::element aElement, Read aRead) {
+        std::string_view text;
+        simdjson::dom::array array;
+        simdjson::dom::object object;
+        if (aElement.get(text) == simdjson::SUCCESS) {
+            aRead(text);
+        } else if (aElement.get(array) == simdjson::SUCCESS) {
+            for (const auto element : array) readElement(element, aRead);
+        } else if (aElement.get(object) == simdjson::SUCCESS) {
+            for (const auto& [name, value] : object) {
+                aRead(name);
+                readElement(value, aRead);
+            }
+        }
     }
 };
 #endif
