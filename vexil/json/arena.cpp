@@ -20,17 +20,17 @@ constexpr std::size_t roundUp(std::size_t aBytes) {
 }
 
 constexpr std::size_t rootOffset = roundUp(sizeof(Arena));
+constexpr std::size_t rootEnd = rootOffset + roundUp(Arena::maxRootSize);
 static_assert(alignof(Arena) <= Arena::alignment);
 static_assert(Arena::alignment <= __STDCPP_DEFAULT_NEW_ALIGNMENT__);
-static_assert(rootOffset + Arena::maxRootSize < firstBlockSize);
+static_assert(rootEnd < firstBlockSize);
 
 } // namespace
 
 // The first block begins with the arena itself, followed by the memory of the root.
 Arena::Owner Arena::create() {
     char* const block = static_cast<char*>(::operator new(firstBlockSize));
-    return Owner(new (block) Arena(block + rootOffset + roundUp(maxRootSize),
-                                   block + firstBlockSize, 2 * firstBlockSize));
+    return Owner(new (block) Arena(block + rootEnd, block + firstBlockSize, 2 * firstBlockSize));
 }
 
 void* Arena::getRootMemory() noexcept {
@@ -44,6 +44,7 @@ Arena* Arena::ofRoot(void* aRoot) noexcept {
 
 void Arena::release(Arena* aArena) noexcept {
     VEXIL_ASSERT(aArena != nullptr);
+    if (!aArena->mHasOutsideChildren) aArena->destroyLongStrings();
     for (Block* block = aArena->mBlocks; block != nullptr;) {
         Block* const next = block->next;
         ::operator delete(block);

@@ -5,17 +5,21 @@
 
 #include <cstddef>
 #include <memory>
+#include <string_view>
 
 // Private to the JSON library.
 
 namespace vexil {
 
+class JsonValue;
+
 /// Memory of one tree whose root is a container: a few blocks that are released together. The root
 /// itself lies at a fixed position in the first block, and deleting it releases the arena; until
 /// the root exists, an Arena::Owner does.
 ///
-/// The arena runs no destructors. Each object in it has to be destroyed before its memory is
-/// released, unless its destructor would release nothing.
+/// The arena destroys the long strings in it and runs no other destructors: no other value in it
+/// owns memory from elsewhere, unless a container has received children from outside. Then all
+/// values have to be destroyed one by one before the arena is released.
 class Arena : private NonCopyable {
 public:
     struct Release {
@@ -34,16 +38,20 @@ public:
     /// Returns @p aBytes bytes that live as long as the arena. Throws std::bad_alloc.
     [[nodiscard]] void* allocate(std::size_t aBytes);
 
+    /// Creates a string value that holds memory outside the arena; the arena destroys it. Throws
+    /// std::bad_alloc.
+    [[nodiscard]] JsonValue* createLongString(std::string_view aText);
+
     /// Memory for the root, maxRootSize bytes.
     void* getRootMemory() noexcept;
     /// The arena whose root lies at @p aRoot.
     static Arena* ofRoot(void* aRoot) noexcept;
 
-    /// Frees all blocks. @p aArena must not be null.
+    /// Destroys the long strings, unless there are outside children, and frees all blocks.
+    /// @p aArena must not be null.
     static void release(Arena* aArena) noexcept;
 
-    /// Whether a container in the arena has received children from outside. They have to be
-    /// destroyed one by one even where the tree needed no destructor when it was built.
+    /// Whether a container in the arena has received children from outside.
     bool hasOutsideChildren() const { return mHasOutsideChildren; }
     void noteOutsideChildren() { mHasOutsideChildren = true; }
 
@@ -51,16 +59,20 @@ private:
     struct Block {
         Block* next;
     };
+    struct StringChunk;
 
     Arena(char* aNext, char* aEnd, std::size_t aNextBlockSize)
         : mNext(aNext), mEnd(aEnd), mNextBlockSize(aNextBlockSize) {}
 
     void* allocateFromNewBlock(std::size_t aBytes);
+    void addStringChunk(std::size_t aCapacity);
+    void destroyLongStrings() noexcept;
 
     Block* mBlocks = nullptr; ///< all but the first, which contains the arena itself
     char* mNext;              ///< free memory of the current block
     char* mEnd;
     std::size_t mNextBlockSize;
+    StringChunk* mLongStrings = nullptr; ///< the chunk being filled
     bool mHasOutsideChildren = false;
 };
 

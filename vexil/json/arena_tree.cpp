@@ -6,7 +6,6 @@
 #include "vexil/json/containers.h"
 #include "vexil/json/scalar_values.h"
 
-#include <algorithm>
 #include <new>
 #include <utility>
 
@@ -26,14 +25,6 @@ static_assert(sizeof(ArenaRoot<JsonValueArray>) <= Arena::maxRootSize &&
 std::uint32_t countEntries(const ContainerContents& aContents) {
     VEXIL_ASSERT(!aContents.isObject || aContents.slotCount % 2 == 0);
     return checkedEntryCount(aContents.isObject ? aContents.slotCount / 2 : aContents.slotCount);
-}
-
-JsonValue** copySlots(Arena& aArena, const ContainerContents& aContents) {
-    if (aContents.slotCount == 0) return nullptr;
-    auto* const slots =
-        static_cast<JsonValue**>(aArena.allocate(aContents.slotCount * sizeof(JsonValue*)));
-    std::copy_n(aContents.slots, aContents.slotCount, slots);
-    return slots;
 }
 
 } // namespace
@@ -57,27 +48,30 @@ JsonValue* ArenaValueFactory::createFloat(double aValue) {
     return place<JsonValueFloat>(aValue);
 }
 JsonValue* ArenaValueFactory::createString(std::string_view aText) {
-    return place<JsonValueString>(aText);
+    return isLongString(aText.size()) ? mArena.createLongString(aText)
+                                      : place<JsonValueString>(aText);
+}
+
+JsonValue** ArenaValueFactory::createSlots(std::size_t aCount) {
+    return aCount == 0 ? nullptr
+                       : static_cast<JsonValue**>(mArena.allocate(aCount * sizeof(JsonValue*)));
 }
 
 JsonValue* ArenaValueFactory::createContainer(const ContainerContents& aContents) {
     const std::uint32_t count = countEntries(aContents);
-    JsonValue** const slots = copySlots(mArena, aContents);
-    Arena* const arenaIfWhole = aContents.isWithinArena ? &mArena : nullptr;
-    if (aContents.isObject) return place<JsonValueObject>(slots, count, arenaIfWhole);
-    return place<JsonValueArray>(slots, count, arenaIfWhole);
+    if (aContents.isObject) return place<JsonValueObject>(aContents.slots, count, &mArena);
+    return place<JsonValueArray>(aContents.slots, count, &mArena);
 }
 
 JsonValue* createArenaRoot(Arena::Owner& aArena, const ContainerContents& aContents) {
     VEXIL_ASSERT(aArena != nullptr);
     const std::uint32_t count = countEntries(aContents);
-    JsonValue** const slots = copySlots(*aArena, aContents);
-    Arena* const arenaIfWhole = aContents.isWithinArena ? aArena.get() : nullptr;
-    void* const memory = aArena.release()->getRootMemory(); // nothing below throws
+    Arena* const arena = aArena.release(); // nothing below throws
+    void* const memory = arena->getRootMemory();
     if (aContents.isObject) {
-        return new (memory) ArenaRoot<JsonValueObject>(slots, count, arenaIfWhole);
+        return new (memory) ArenaRoot<JsonValueObject>(aContents.slots, count, arena);
     }
-    return new (memory) ArenaRoot<JsonValueArray>(slots, count, arenaIfWhole);
+    return new (memory) ArenaRoot<JsonValueArray>(aContents.slots, count, arena);
 }
 
 } // namespace vexil

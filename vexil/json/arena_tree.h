@@ -6,7 +6,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
 #include <string_view>
 
 // Creation of values in an arena, for the code that builds whole trees. Values appended to such a
@@ -17,13 +16,12 @@ namespace vexil {
 /// The children of a container to be created.
 struct ContainerContents {
     bool isObject;
-    bool isWithinArena;      ///< no descendant holds memory outside the arena
-    JsonValue* const* slots; ///< one per element, or two per member: name, value
+    JsonValue** slots; ///< one per element, or two per member: name, value; part of the arena
     std::size_t slotCount;
 };
 
-/// Creates values in an arena. They must be deleted before the root; deleting one frees no memory.
-/// All operations throw std::bad_alloc.
+/// Creates values in an arena. The arena releases them; they need not be deleted, unless children
+/// from outside are appended to one of them. All operations throw std::bad_alloc.
 class ArenaValueFactory {
 public:
     /// @p aArena is borrowed.
@@ -34,11 +32,10 @@ public:
     [[nodiscard]] JsonValue* createInteger(std::int32_t aValue);
     [[nodiscard]] JsonValue* createFloat(double aValue);
     [[nodiscard]] JsonValue* createString(std::string_view aText);
-    /// Takes ownership of the children. Throws std::length_error for more than maxEntryCount.
+    /// Memory for the slots of a container; null for none.
+    [[nodiscard]] JsonValue** createSlots(std::size_t aCount);
+    /// The children may still be missing. Throws std::length_error for more than maxEntryCount.
     [[nodiscard]] JsonValue* createContainer(const ContainerContents& aContents);
-
-    /// Whether a string of @p aSize bytes is stored without memory outside the arena.
-    static bool isWithinArena(std::size_t aSize) { return aSize <= std::string().capacity(); }
 
 private:
     template <class Kind, class... Arguments>
@@ -47,8 +44,8 @@ private:
     Arena& mArena;
 };
 
-/// Creates the root of a tree, which takes ownership of its children and of the arena. On failure,
-/// as for ArenaValueFactory::createContainer(), both stay with the caller.
+/// Creates the root of a tree, which takes ownership of the arena. On failure, as for
+/// ArenaValueFactory::createContainer(), the arena stays with the caller.
 [[nodiscard]] JsonValue* createArenaRoot(Arena::Owner& aArena, const ContainerContents& aContents);
 
 } // namespace vexil

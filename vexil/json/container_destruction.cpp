@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "vexil/json/containers.h"
+#include "vexil/json/library_classes.h"
 
 #include <memory>
 
@@ -11,7 +12,7 @@ namespace vexil {
 
 /// Returns @p aValue as a container whose descendants have to be destroyed one by one, or null.
 JsonValueContainer* JsonValueContainer::asTraversed(JsonValue* aValue) {
-    auto* const container = const_cast<JsonValueContainer*>(from(aValue));
+    auto* const container = const_cast<JsonValueContainer*>(asLibraryContainer(aValue));
     return container != nullptr && container->needsTraversal() ? container : nullptr;
 }
 

@@ -1,25 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "vexil/json/containers.h"
 
-#include "vexil/json/arena_values.h"
-
 #include <algorithm>
 #include <cstring>
 #include <memory>
 #include <stdexcept>
 #include <string>
-#include <typeinfo>
 #include <vector>
 
 namespace vexil {
 
 namespace {
-
-template <class... Classes>
-bool isOneOf(const JsonValue& aValue) {
-    const std::type_info& type = typeid(aValue);
-    return ((type == typeid(Classes)) || ...);
-}
 
 /// An allocator of elements that do not exist: nothing is allocated, constructed or accessed.
 template <class Element>
@@ -40,25 +31,11 @@ struct NoStorage {
     bool operator==(const NoStorage&) const = default;
 };
 
-/// Whether a value is of the library's class @p Kind; checks for the most frequent class first.
-template <class Kind>
-bool isLibraryClass(const JsonValue& aValue) {
-    return isOneOf<InArena<Kind>, Kind, ArenaRoot<Kind>>(aValue);
-}
-
 } // namespace
 
 std::uint32_t checkedEntryCount(std::size_t aCount) {
     if (aCount > maxEntryCount) throw std::length_error("JsonValue: too many entries");
     return static_cast<std::uint32_t>(aCount);
-}
-
-const JsonValueContainer* JsonValueContainer::from(const JsonValue* aValue) {
-    if (aValue == nullptr) return nullptr;
-    const JsonType type = aValue->getType();
-    const bool isContainer = (type == JsonType::Array && isLibraryClass<JsonValueArray>(*aValue)) ||
-                             (type == JsonType::Object && isLibraryClass<JsonValueObject>(*aValue));
-    return isContainer ? static_cast<const JsonValueContainer*>(aValue) : nullptr;
 }
 
 void JsonValueContainer::grow(std::uint32_t aSlotsPerEntry) {
@@ -69,7 +46,7 @@ void JsonValueContainer::grow(std::uint32_t aSlotsPerEntry) {
     std::unique_ptr<JsonValue*[]> slots(new JsonValue*[std::size_t{capacity} * aSlotsPerEntry]);
     std::copy_n(mSlots, std::size_t{mCount} * aSlotsPerEntry, slots.get());
     if (mCapacity != 0) delete[] mSlots;
-    if (mArenaIfWhole != nullptr) mArenaIfWhole->noteOutsideChildren();
+    if (mArena != nullptr) mArena->noteOutsideChildren();
     mSlots = slots.release();
     mCapacity = capacity & maxEntryCount;
 }

@@ -24,11 +24,7 @@ constexpr std::uint32_t maxEntryCount = 0x7FFFFFFF;
 /// two per member (name, value), and the destruction of a whole tree.
 class JsonValueContainer : public JsonValueDefault {
 public:
-    std::uint32_t getSize() const override { return mCount; }
-
-    /// @p aValue as a container of this library, or null for any other value, including an
-    /// instance of a class from outside the library.
-    [[nodiscard]] static const JsonValueContainer* from(const JsonValue* aValue);
+    std::uint32_t getSize() const final { return mCount; }
 
     /// The children: the elements, or the name and value of each member in turn. Valid until the
     /// next append.
@@ -36,11 +32,10 @@ public:
 
 protected:
     JsonValueContainer() : JsonValueContainer(nullptr, 0, nullptr) {}
-    /// A container in an arena, to which the slots belong as well. @p aArenaIfWhole is that arena
-    /// if no child, direct or indirect, holds memory from elsewhere, otherwise null.
-    JsonValueContainer(JsonValue** aSlots, std::uint32_t aCount, Arena* aArenaIfWhole)
-        : mSlots(aSlots), mCount(aCount), mCapacity(0), mIsBeingDestroyed(0),
-          mArenaIfWhole(aArenaIfWhole) {
+    /// A container in @p aArena, to which its children and the slots belong as well; or an empty
+    /// one without an arena.
+    JsonValueContainer(JsonValue** aSlots, std::uint32_t aCount, Arena* aArena)
+        : mSlots(aSlots), mCount(aCount), mCapacity(0), mIsBeingDestroyed(0), mArena(aArena) {
         VEXIL_ASSERT(aCount <= maxEntryCount);
         VEXIL_ASSERT(aCount == 0 || aSlots != nullptr);
     }
@@ -77,7 +72,7 @@ private:
     bool needsTraversal() const {
         if (mCount == 0) return false;
         VEXIL_ASSERT(!mIsBeingDestroyed);
-        return mArenaIfWhole == nullptr || mArenaIfWhole->hasOutsideChildren();
+        return mArena == nullptr || mArena->hasOutsideChildren();
     }
     void destroyDescendants();
     static JsonValueContainer* asTraversed(JsonValue* aValue);
@@ -89,7 +84,7 @@ private:
     std::uint32_t mCapacity : 31; ///< in entries; 0 if there are no slots or the arena owns them
     std::uint32_t mIsBeingDestroyed : 1; ///< selects the member of the union
     union {
-        Arena* mArenaIfWhole;    ///< see the constructor
+        Arena* mArena;           ///< of the container; null: none
         std::size_t mTakenCount; ///< children taken so far by destroyDescendants()
     };
 };
@@ -97,8 +92,8 @@ private:
 class JsonValueArray : public JsonValueContainer {
 public:
     JsonValueArray() = default;
-    JsonValueArray(JsonValue** aSlots, std::uint32_t aCount, Arena* aArenaIfWhole)
-        : JsonValueContainer(aSlots, aCount, aArenaIfWhole) {}
+    JsonValueArray(JsonValue** aSlots, std::uint32_t aCount, Arena* aArena)
+        : JsonValueContainer(aSlots, aCount, aArena) {}
     ~JsonValueArray() override { destroyChildren(); }
     JsonType getType() const override { return JsonType::Array; }
     const JsonValue* getValueAt(std::uint32_t aIndex) const override { return at(aIndex); }
@@ -119,8 +114,8 @@ private:
 class JsonValueObject : public JsonValueContainer {
 public:
     JsonValueObject() = default;
-    JsonValueObject(JsonValue** aSlots, std::uint32_t aCount, Arena* aArenaIfWhole)
-        : JsonValueContainer(aSlots, aCount, aArenaIfWhole) {}
+    JsonValueObject(JsonValue** aSlots, std::uint32_t aCount, Arena* aArena)
+        : JsonValueContainer(aSlots, aCount, aArena) {}
     ~JsonValueObject() override { destroyChildren(); }
     JsonType getType() const override { return JsonType::Object; }
     const JsonValue* getNameAt(std::uint32_t aIndex) const override { return at(aIndex, 0); }

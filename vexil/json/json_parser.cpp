@@ -7,7 +7,7 @@
 #include "vexil/json/tokenizer_state.h"
 #include "vexil/non_copyable.h"
 
-#include <string_view>
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -17,7 +17,7 @@ namespace {
 
 /// Builds one tree from the tokens, with explicit stacks instead of recursion. The children of a
 /// container are kept on a stack until it is complete, so that it is created with its final size.
-/// Values left on the stack by an exception are destroyed with the builder.
+/// Values left on the stack by an exception are released with the arena.
 template <class Source>
 class TreeBuilder : private NonCopyable {
 public:
@@ -26,9 +26,6 @@ public:
           mFactory(*mArena) {
         mFinished.reserve(32); // enough for a small text
         mOpen.reserve(8);
-    }
-    ~TreeBuilder() {
-        for (JsonValue* const value : mFinished) delete value;
     }
 
     std::unique_ptr<JsonValue> build() {
@@ -44,7 +41,6 @@ private:
     struct OpenContainer {
         std::size_t firstChild; ///< index of its first child in mFinished
         bool isObject;
-        bool isWithinArena; ///< no descendant so far holds memory outside the arena
     };
 
     /// Parses the value that begins with the current token. Returns true if it is complete;
@@ -58,22 +54,22 @@ private:
         case JsonToken::ObjectBegin:
             return open(true);
         case JsonToken::Null:
-            next() = mFactory.createNull();
+            finish(mFactory.createNull());
             break;
         case JsonToken::False:
-            next() = mFactory.createBoolean(false);
+            finish(mFactory.createBoolean(false));
             break;
         case JsonToken::True:
-            next() = mFactory.createBoolean(true);
+            finish(mFactory.createBoolean(true));
             break;
         case JsonToken::Integer:
-            next() = mFactory.createInteger(mScan.integerValue);
+            finish(mFactory.createInteger(mScan.integerValue));
             break;
         case JsonToken::Float:
-            next() = mFactory.createFloat(mScan.floatValue);
+            finish(mFactory.createFloat(mScan.floatValue));
             break;
         case JsonToken::String:
-            addString(mScan.text);
+            finish(mFactory.createString(mScan.text));
             break;
         default:
             throw JsonParserError("unexpected token");
@@ -81,18 +77,10 @@ private:
         return true;
     }
 
-    /// Pushes the slot for the next value, before the value is created, so that it cannot leak.
-    JsonValue*& next() { return mFinished.emplace_back(nullptr); }
-
-    void addString(std::string_view aText) {
-        next() = mFactory.createString(aText);
-        if (!ArenaValueFactory::isWithinArena(aText.size()) && !mOpen.empty()) {
-            mOpen.back().isWithinArena = false;
-        }
-    }
+    void finish(JsonValue* aValue) { mFinished.push_back(aValue); }
 
     bool open(bool aIsObject) {
-        mOpen.push_back({mFinished.size(), aIsObject, true});
+        mOpen.push_back({mFinished.size(), aIsObject});
         if (mScanner.next() != endOf(aIsObject)) return false;
         close();
         return true;
@@ -131,24 +119,21 @@ private:
     void close() {
         const OpenContainer container = mOpen.back();
         const std::size_t count = mFinished.size() - container.firstChild;
-        next(); // a slot for the container, before it takes ownership of its children
-        JsonValue** const slots = mFinished.data() + container.firstChild;
-        const ContainerContents contents{container.isObject, container.isWithinArena, slots, count};
+        JsonValue** const slots = mFactory.createSlots(count);
+        std::copy_n(mFinished.data() + container.firstChild, count, slots);
+        const ContainerContents contents{container.isObject, slots, count};
+        mFinished.resize(container.firstChild);
         mOpen.pop_back();
         if (mOpen.empty()) {
-            VEXIL_ASSERT(container.firstChild == 0);
             mRoot.reset(createArenaRoot(mArena, contents));
-            mFinished.clear();
         } else {
-            *slots = mFactory.createContainer(contents);
-            mFinished.resize(container.firstChild + 1);
-            mOpen.back().isWithinArena &= container.isWithinArena;
+            finish(mFactory.createContainer(contents));
         }
     }
 
     Scanner<Source>& mScanner;
     const ScanState& mScan;
-    Arena::Owner mArena; ///< must outlive the values in mFinished
+    Arena::Owner mArena;
     ArenaValueFactory mFactory;
     std::vector<JsonValue*> mFinished; ///< complete values without a container, innermost last
     std::vector<OpenContainer> mOpen;

@@ -5,6 +5,7 @@
 #include "vexil/exceptions.h"
 #include "vexil/json/containers.h"
 #include "vexil/json/lexical_tables.h"
+#include "vexil/json/library_classes.h"
 #include "vexil/json/string_appender.h"
 #include "vexil/json/unescaped_runs.h"
 #include "vexil/numbers/number_text.h"
@@ -110,7 +111,7 @@ public:
     ContainerCursor(const JsonValue& aContainer, bool aIsObject)
         : mContainer(aContainer), mCount(std::uint64_t{aContainer.getSize()} * (aIsObject ? 2 : 1)),
           mIsObject(aIsObject) {
-        if (const auto* const container = JsonValueContainer::from(&aContainer)) {
+        if (const auto* const container = asLibraryContainer(&aContainer)) {
             mSlots = container->getSlots();
         }
     }

@@ -22,7 +22,7 @@ class JsonValueBoolean : public JsonValueDefault {
 public:
     explicit JsonValueBoolean(bool aValue) : mValue(aValue) {}
     JsonType getType() const override { return JsonType::Boolean; }
-    bool getBoolean() const override { return mValue; }
+    bool getBoolean() const final { return mValue; }
     JsonValue* clone() const override { return new JsonValueBoolean(mValue); }
 
 private:
@@ -33,7 +33,7 @@ class JsonValueInteger : public JsonValueDefault {
 public:
     explicit JsonValueInteger(std::int32_t aValue) : mValue(aValue) {}
     JsonType getType() const override { return JsonType::Integer; }
-    std::int32_t getInteger() const override { return mValue; }
+    std::int32_t getInteger() const final { return mValue; }
     JsonValue* clone() const override { return new JsonValueInteger(mValue); }
 
 private:
@@ -44,7 +44,7 @@ class JsonValueFloat : public JsonValueDefault {
 public:
     explicit JsonValueFloat(double aValue) : mValue(aValue) {}
     JsonType getType() const override { return JsonType::Float; }
-    double getFloat() const override { return mValue; }
+    double getFloat() const final { return mValue; }
     JsonValue* clone() const override { return new JsonValueFloat(mValue); }
 
 private:
@@ -55,7 +55,7 @@ class JsonValueString : public JsonValueDefault {
 public:
     explicit JsonValueString(std::string_view aText) : mText(aText) {}
     JsonType getType() const override { return JsonType::String; }
-    const std::string& getString() const override { return mText; }
+    const std::string& getString() const final { return mText; }
     JsonValue* clone() const override { return new JsonValueString(mText); }
 
 private:

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "vexil/assert.h"
+#include "vexil/json/arena_clone.h"
 #include "vexil/json/containers.h"
+#include "vexil/json/library_classes.h"
 
 #include <memory>
 #include <new>
@@ -11,7 +13,7 @@ namespace vexil {
 
 namespace {
 
-/// Copies a tree with an explicit stack instead of recursion.
+/// Copies any tree value by value, with an explicit stack instead of recursion.
 class TreeCopier {
 public:
     std::unique_ptr<JsonValue> copy(const JsonValue& aRoot) {
@@ -35,7 +37,7 @@ private:
 
     /// Copies a value, or begins the copy of a container of this library and returns null.
     std::unique_ptr<JsonValue> start(const JsonValue& aSource) {
-        if (JsonValueContainer::from(&aSource) == nullptr) {
+        if (asLibraryContainer(&aSource) == nullptr) {
             std::unique_ptr<JsonValue> copy(aSource.clone());
             if (!copy) throw std::bad_alloc();
             return copy;
@@ -78,13 +80,18 @@ private:
     std::vector<PartialCopy> mCopies;
 };
 
+JsonValue* cloneTree(const JsonValueContainer& aRoot, bool aIsObject) {
+    if (JsonValue* const copy = cloneInArena(aRoot, aIsObject)) return copy;
+    return TreeCopier().copy(aRoot).release();
+}
+
 } // namespace
 
 JsonValue* JsonValueArray::clone() const {
-    return TreeCopier().copy(*this).release();
+    return cloneTree(*this, false);
 }
 JsonValue* JsonValueObject::clone() const {
-    return TreeCopier().copy(*this).release();
+    return cloneTree(*this, true);
 }
 
 } // namespace vexil

@@ -137,14 +137,20 @@ TEST(JsonValueTree, IsDestroyedInOrderNamesBeforeValues) {
 
 TEST(JsonValueTree, IsCopiedWholeWithForeignValuesInIt) {
     std::vector<std::string> log;
-    JsonTree root = parseText(R"([{"a":[],"a":{"b":[1,"x"]}},2.5,[[null]]])");
+    const std::string texts = R"("a text too long for the string object","another one of this kind",
+        "and a third one, also too long")";
+    JsonTree root = parseText(R"([{"a":[],"a":{"b":[1,"x"]}},2.5,[[null,)" + texts + "]]]");
     const std::string text = writeText(*root);
     JsonTree copy(root->clone());
+    JsonTree appended(copy->clone());
+    appended->appendValue(JsonValue::createString("a long text from outside the copy"));
     root->appendValue(new Witness(log, "w"));
     root->appendValue(new Witness(log, "o", JsonType::Object));
     JsonTree second(root->clone());
     root.reset();
-    EXPECT_EQ(R"([{"a":[],"a":{"b":[1,"x"]}},2.5,[[null]],["m"],{"m":"m"}])", writeText(*second));
+    const std::string before = text.substr(0, text.size() - 1);
+    EXPECT_EQ(before + R"(,["m"],{"m":"m"}])", writeText(*second));
+    EXPECT_EQ(before + R"(,"a long text from outside the copy"])", writeText(*appended));
     second.reset();
     EXPECT_THAT(log, ElementsAre("w", "o", "w'", "o'"));
     EXPECT_EQ(text, writeText(*copy));
