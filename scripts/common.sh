@@ -36,3 +36,8 @@ check_cmake() {
     [ "$(printf '%s\n' 3.21 "$version" | sort -V | head -n 1)" = 3.21 ] ||
         fail "CMake 3.21 or later is required; found $version"
 }
+
+# public_headers: prints the names of the installed headers.
+public_headers() {
+    grep -oE '(certbridge|vexil)/[a-z_/0-9]+\.h' cmake/Install.cmake
+}
