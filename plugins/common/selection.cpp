@@ -43,12 +43,11 @@ std::optional<std::string> findFingerprint(const Request& aRequest) {
 }
 
 std::optional<std::string> findSerialNumber(const Request& aRequest) {
-    constexpr const char* name = "serialNumber";
-    auto text = aRequest.findNonEmptyText(name);
+    auto text = aRequest.findNonEmptyText("serialNumber");
     if (!text) return std::nullopt;
     for (auto& character : *text) {
         if (&character != text->data() || character != '-') {
-            character = toUpperDigit(character, name);
+            character = toUpperDigit(character, "serialNumber");
         }
     }
     return text;
