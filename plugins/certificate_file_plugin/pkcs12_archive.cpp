@@ -99,13 +99,13 @@ private:
                                                          " rounds of key derivation");
     }
 
+    // NOLINTBEGIN(misc-no-recursion): OpenSSL decodes at most 30 levels of nested bags.
     void countBags(const STACK_OF(PKCS12_SAFEBAG) * aBags) {
         for (int i = 0; i < sk_PKCS12_SAFEBAG_num(aBags); ++i) {
             countBag(*sk_PKCS12_SAFEBAG_value(aBags, i));
         }
     }
 
-    // Recurses for nested bags; OpenSSL decodes at most 30 levels.
     void countBag(const PKCS12_SAFEBAG& aBag) {
         switch (PKCS12_SAFEBAG_get_nid(&aBag)) {
         case NID_pkcs8ShroudedKeyBag: {
@@ -119,6 +119,7 @@ private:
             return;
         }
     }
+    // NOLINTEND(misc-no-recursion)
 
     const Secret& mPassword;
     std::uint64_t mRounds = 0;

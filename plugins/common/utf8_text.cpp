@@ -51,7 +51,9 @@ std::u32string toLower(std::string_view aText) {
     codes.assignUtf8(toValidUtf8(aText));
     std::u32string text;
     text.reserve(codes.getLength());
-    for (std::uint32_t i = 0; i < codes.getLength(); ++i) text += toLower(codes.getData()[i]);
+    for (std::uint32_t i = 0; i < codes.getLength(); ++i) {
+        text += static_cast<char32_t>(toLower(codes.getData()[i]));
+    }
     return text;
 }
 

@@ -8,6 +8,7 @@
 
 #include <arpa/inet.h>
 
+#include <algorithm>
 #include <array>
 #include <ctime>
 
@@ -113,8 +114,10 @@ std::vector<std::string> alternativeNames(const X509& aCertificate) {
     const NamesHandle names(static_cast<GENERAL_NAMES*>(
         X509_get_ext_d2i(&aCertificate, NID_subject_alt_name, &state, nullptr)));
     if (!names && state != absent) failPart("subject alternative name");
+    const int count = std::max(sk_GENERAL_NAME_num(names.get()), 0);
     std::vector<std::string> texts;
-    for (int i = 0; i < sk_GENERAL_NAME_num(names.get()); ++i) {
+    texts.reserve(static_cast<std::size_t>(count));
+    for (int i = 0; i < count; ++i) {
         texts.push_back(alternativeNameText(sk_GENERAL_NAME_value(names.get(), i)));
     }
     return texts;
