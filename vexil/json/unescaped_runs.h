@@ -2,9 +2,11 @@
 #pragma once
 
 #include "vexil/assert.h"
+#include "vexil/byte_block.h"
 #include "vexil/json/lexical_tables.h"
 
-#include <bit>
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -50,54 +52,79 @@ static_assert(
     }(),
     "words are classified as single bytes are");
 
-/// Examines eight bytes at a time; the final loop over single bytes is its definition.
-[[nodiscard]] inline UnescapedRun measureUnescapedRun(const char* aText, const char* aEnd) {
-    std::uint64_t seen = 0;
-    for (std::uint64_t word = 0; aEnd - aText >= 8; aText += 8, seen |= word) {
-        std::memcpy(&word, aText, 8);
-        const std::uint64_t escaped = findEscapedBytes(word);
-        if (escaped == 0) continue;
-        if constexpr (std::endian::native == std::endian::little) {
-            const int bitsBefore = std::countr_zero(escaped) & ~7;
-            seen |= word & ((std::uint64_t{1} << bitsBefore) - 1);
-            return {aText + bitsBefore / 8, (seen & highBits) == 0};
-        }
-        break;
-    }
+/// Marks the bytes that need an escape.
+inline ByteBlock findEscapedBytes(ByteBlock aBlock) {
+    const ByteBlock control = aBlock.isAtLeast<0>().without(aBlock.isAtLeast<0x20>());
+    return control | aBlock.equals<'"'>() | aBlock.equals<'\\'>();
+}
+
+/// The definition of a run, one byte at a time.
+[[nodiscard]] inline UnescapedRun measureRunByBytes(const char* aText, const char* aEnd) {
+    unsigned seen = 0;
     for (; aText != aEnd && isUnescaped(static_cast<unsigned char>(*aText)); ++aText) {
         seen |= static_cast<unsigned char>(*aText);
     }
-    return {aText, (seen & highBits) == 0};
+    return {aText, seen < 0x80};
+}
+
+/// Continues a run with the block at @p aText. Returns whether the run extends beyond it; if not,
+/// sets the end of the run. Clears @p aIsAscii at a byte of the run that is not ASCII.
+[[nodiscard]] inline bool continueRun(ByteBlock aBlock, const char*& aText, bool& aIsAscii) {
+    const ByteBlock escaped = findEscapedBytes(aBlock);
+    const std::size_t size = escaped.hasMark() ? escaped.countUnmarked() : ByteBlock::size;
+    if (aBlock.hasMark() && aBlock.countUnmarked() < size) aIsAscii = false;
+    aText += size;
+    return size == ByteBlock::size;
+}
+
+/// Examines a block of bytes at a time.
+[[nodiscard]] inline UnescapedRun measureUnescapedRun(const char* aText, const char* aEnd) {
+    bool isAscii = true;
+    while (static_cast<std::size_t>(aEnd - aText) >= ByteBlock::size) {
+        if (!continueRun(ByteBlock::load(aText), aText, isAscii)) return {aText, isAscii};
+    }
+    const UnescapedRun rest = measureRunByBytes(aText, aEnd);
+    return {rest.end, isAscii && rest.isAscii};
+}
+
+/// Copies the ends of a text, two words that overlap or adjoin.
+template <class Word>
+std::array<std::uint64_t, 2> copyEnds(char* aDest, const char* aText, std::size_t aSize) {
+    VEXIL_ASSERT(aSize >= sizeof(Word) && aSize <= 2 * sizeof(Word));
+    std::array<Word, 2> ends;
+    std::memcpy(&ends[0], aText, sizeof(Word));
+    std::memcpy(&ends[1], aText + aSize - sizeof(Word), sizeof(Word));
+    std::memcpy(aDest, &ends[0], sizeof(Word));
+    std::memcpy(aDest + aSize - sizeof(Word), &ends[1], sizeof(Word));
+    return {ends[0], ends[1]};
+}
+
+/// Copies a text of 4 to 16 bytes. Returns whether it is ASCII without a byte that needs an escape.
+[[nodiscard]] inline bool copyShortText(char* aDest, const char* aText, std::size_t aSize) {
+    if (aSize < 8) {
+        const auto [first, last] = copyEnds<std::uint32_t>(aDest, aText, aSize);
+        const std::uint64_t word = last << 32 | first;
+        return (findEscapedBytes(word) | (word & highBits)) == 0;
+    }
+    const auto [first, last] = copyEnds<std::uint64_t>(aDest, aText, aSize);
+    return (findEscapedBytes(first) | findEscapedBytes(last) | ((first | last) & highBits)) == 0;
 }
 
 /// Measures the run as measureUnescapedRun() does and copies it to @p aDest, a buffer at least as
 /// long as the whole text. The contents of the buffer after the run are unspecified.
 [[nodiscard]] inline UnescapedRun copyUnescapedRun(char* aDest, const char* aText,
                                                    const char* aEnd) {
-    std::uint64_t seen = 0;
-    std::uint64_t word = 0;
-    for (; aEnd - aText >= 8; aText += 8, aDest += 8, seen |= word) {
-        std::memcpy(&word, aText, 8);
-        std::memcpy(aDest, &word, 8);
-        if (findEscapedBytes(word) != 0) break;
+    bool isAscii = true;
+    for (; aEnd - aText > 16; aDest += ByteBlock::size) {
+        const ByteBlock block = ByteBlock::load(aText);
+        block.store(aDest);
+        if (!continueRun(block, aText, isAscii)) return {aText, isAscii};
     }
-    // The last four to seven bytes of a text, as two overlapping halves.
     const auto rest = static_cast<std::size_t>(aEnd - aText);
-    if (rest >= 4 && rest < 8) {
-        std::uint32_t first = 0;
-        std::uint32_t last = 0;
-        std::memcpy(&first, aText, 4);
-        std::memcpy(&last, aEnd - 4, 4);
-        std::memcpy(aDest, &first, 4);
-        std::memcpy(aDest + rest - 4, &last, 4);
-        word = std::uint64_t{last} << 32 | first;
-        if (findEscapedBytes(word) == 0) return {aEnd, ((seen | word) & highBits) == 0};
-    }
-    for (; aText != aEnd && isUnescaped(static_cast<unsigned char>(*aText)); ++aText) {
-        seen |= static_cast<unsigned char>(*aText);
-        *aDest++ = *aText;
-    }
-    return {aText, (seen & highBits) == 0};
+    if (rest >= 4 && copyShortText(aDest, aText, rest)) return {aEnd, isAscii};
+    std::copy(aText, aEnd, aDest);
+    const UnescapedRun run = measureRunByBytes(aText, aEnd);
+    return {run.end, isAscii && run.isAscii};
 }
 
 /// ASCII text shorter than this need not be checked against the length limit of Unicode strings.

@@ -52,7 +52,7 @@ INSTANTIATE_TABLE(WrittenStrings, "written_strings.txt", 3);
 // Strings are taken by words: what needs an escape must be seen wherever it lies in them.
 TEST(JsonWriter, EscapesAtEveryPlaceOfTextsOfEveryLength) {
     for (const std::string escape : {"", "\\\"", "\\\\", "\\u001f", "\\n", "\x7F", "\xC3\xA9"}) {
-        for (std::size_t size = 0; size <= 24; ++size) {
+        for (std::size_t size = 0; size <= 36; ++size) {
             for (std::size_t before = 0; before <= size; ++before) {
                 const std::string text =
                     '"' + std::string(before, ' ') + escape + std::string(size - before, '~') + '"';
