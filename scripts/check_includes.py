@@ -21,7 +21,7 @@ LAYERS = {
     "check/platform": ["vexil"],
     "check": ["check/platform", "certbridge", "vexil", "vexil/json", "vexil/platform"],
     "plugins/common": ["certbridge/plugin.h", "certbridge/name_value_list.h", "vexil", "vexil/json"],
-    "plugins": ["plugins/common", "certbridge/plugin.h"],
+    "plugins": ["plugins/common", "certbridge/plugin.h", "vexil/assert.h"],
     "examples": ["certbridge/plugin.h", "vexil", "vexil/json"],
 }
 SYSTEM_HEADERS = re.compile(r"windows\.h|winsock2\.h|unistd\.h|dlfcn\.h|poll\.h|pthread\.h|sys/.*")

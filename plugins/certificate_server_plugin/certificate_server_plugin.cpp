@@ -50,25 +50,25 @@ void addVerdict(Members& aMembers, const TlsServer& aServer, const ServerRequest
                                                  aRequest.serverName.value_or(aRequest.host)));
 }
 
-Members describeServer(const ServerRequest& aRequest) {
-    const auto server = contactServer(aRequest);
-    Members members;
-    addServer(members, server);
-    addVerdict(members, server, aRequest);
-    return members;
+// Adds the name of the server to the message of a Failure of contactServer().
+TlsServer contactNamedServer(const ServerRequest& aRequest) {
+    try {
+        return contactServer(aRequest);
+    } catch (const Failure& failure) {
+        throw Failure(failure.getCode(), aRequest.host + ", port " + std::to_string(aRequest.port) +
+                                             ": " + failure.what());
+    }
 }
 
 class CertificateServerPlugin final : public ReplyingPlugin {
     Members answer(Request& aRequest) override {
         recordFailedAllocations();
         const auto request = readServerRequest(aRequest);
-        try {
-            return describeServer(request);
-        } catch (const Failure& failure) {
-            throw Failure(failure.getCode(), request.host + ", port " +
-                                                 std::to_string(request.port) + ": " +
-                                                 failure.what());
-        }
+        const auto server = contactNamedServer(request);
+        Members members;
+        addServer(members, server);
+        addVerdict(members, server, request);
+        return members;
     }
 };
 

@@ -76,11 +76,19 @@ std::vector<SocketAddress> copyAddresses(const Resolution& aResolution) {
     return copies;
 }
 
+// Repeats a lookup that has failed: the C library reports some failed allocations as a temporary
+// failure or as a missing host.
+std::vector<SocketAddress> resolveName(const std::string& aHost, const std::string& aPort) {
+    auto resolution = resolve(aHost, aPort, AI_NUMERICSERV);
+    if (resolution.error != 0) resolution = resolve(aHost, aPort, AI_NUMERICSERV);
+    return copyAddresses(resolution);
+}
+
 // getaddrinfo() has no time limit and cannot be interrupted.
 std::vector<SocketAddress> resolveInThread(const std::string& aHost, const std::string& aPort,
                                            const Deadline& aDeadline) {
     std::packaged_task<std::vector<SocketAddress>()> task(
-        [=] { return copyAddresses(resolve(aHost, aPort, AI_NUMERICSERV)); });
+        [=] { return resolveName(aHost, aPort); });
     auto result = task.get_future();
     std::thread thread(std::move(task));
     if (result.wait_until(aDeadline.getEnd()) != std::future_status::ready) {

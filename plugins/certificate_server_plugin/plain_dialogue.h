@@ -19,7 +19,7 @@ public:
 
     /// Receives up to the next @p aEnd; returns the text including it.
     std::string receiveThrough(std::string_view aEnd);
-    /// Receives a line; returns it without its end, a line feed with or without carriage return.
+    /// Receives a line; returns it without the line feed and a carriage return before it.
     std::string receiveLine();
     std::string receiveBytes(std::size_t aCount);
 

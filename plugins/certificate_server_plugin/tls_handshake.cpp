@@ -31,6 +31,20 @@ int offerNoCertificate(SSL* aTls, X509**, EVP_PKEY**) {
     return 0;
 }
 
+// The alerts with which servers refuse a client without a certificate.
+bool asksForCertificate(int aAlert) {
+    switch (aAlert) {
+    case SSL_AD_HANDSHAKE_FAILURE:
+    case SSL_AD_BAD_CERTIFICATE:
+    case SSL_AD_CERTIFICATE_UNKNOWN:
+    case SSL_AD_ACCESS_DENIED:
+    case SSL_AD_CERTIFICATE_REQUIRED:
+        return true;
+    default:
+        return false;
+    }
+}
+
 ContextHandle makeContext() {
     ContextHandle context(SSL_CTX_new(TLS_client_method()));
     require(context != nullptr);
@@ -83,6 +97,7 @@ public:
             require(BIO_write(SSL_get_rbio(mTls.get()), bytes.data(), size) == size);
         }
         requireMemory();
+        closeSession();
         return describeServer();
     }
 
@@ -111,13 +126,22 @@ private:
         return endedByRefusal();
     }
 
+    // Servers report a connection that ends without this notice as a failure.
+    void closeSession() {
+        SSL_shutdown(mTls.get());
+        ERR_clear_error(); // after a refusal there is no session to close
+        mConnection.send(takeText(SSL_get_wbio(mTls.get())));
+    }
+
     // After a failure: returns true if all that can be known of the server is known.
     bool endedByRefusal() {
         requireMemory();
         const auto code = ERR_peek_error();
         const int alert = ERR_GET_REASON(code) - SSL_AD_REASON_OFFSET;
         const bool isAlert = ERR_GET_LIB(code) == ERR_LIB_SSL && alert >= 0 && alert <= 255;
-        if (isAlert && mIsCertificateRequested && hasProvedItsKey()) return true;
+        if (isAlert && asksForCertificate(alert) && mIsCertificateRequested && hasProvedItsKey()) {
+            return true;
+        }
         if (isAlert) {
             throw Failure(ErrorCode::TlsAlert, std::string("the server sent the TLS alert \"") +
                                                    SSL_alert_desc_string_long(alert) + '"');

@@ -3,8 +3,9 @@
 
 Usage: allocation_faults_test.py FAILING_ALLOCATIONS CERTBRIDGE PLUGIN
 """
-import ctypes.util, json, os, resource, subprocess, sys, tempfile
+import os, resource, subprocess, sys, tempfile
 from certificates import SELF_SIGNED, make
+from failing_allocations import COLD, fails_with_failing_allocations
 
 FAILING_ALLOCATIONS, CERTBRIDGE, PLUGIN = (os.path.abspath(path) for path in sys.argv[1:4])
 FILES = [
@@ -14,9 +15,6 @@ FILES = [
     "-maciter -out ed.p12",
     "openssl crl2pkcs7 -nocrl -certfile ed.pem -certfile rsa.pem -out both.p7b",
 ]
-# From version 3.2, libcrypto aborts without memory for the state of a thread that takes a lock first.
-LIBRARY = ctypes.CDLL(ctypes.util.find_library("crypto"))
-COLD = "aborting" if LIBRARY.OpenSSL_version_num() >= 0x30200000 else "cold"
 # Label, state of the library, stride, members of the request.
 ROWS = [
     ("first use of libcrypto", COLD, 13, {"file": "ed.pem"}),
@@ -27,16 +25,6 @@ ROWS = [
     ("missing file", "warm", 1, {"file": "none"}),
 ]
 SPACES = [5 * 2 ** (i / 2) for i in range(16)]  # 5 MiB to 905 MiB
-
-
-def fails_with_failing_allocations(row):
-    label, state, stride, members = row
-    request = json.dumps({"request": [{"name": key, "value": value} for key, value in members.items()]})
-    run = subprocess.run([FAILING_ALLOCATIONS, PLUGIN, state, str(stride), request], capture_output=True,
-                         text=True)
-    if run.returncode != 0:
-        print("FAILED", label, run.stdout, run.stderr)
-    return run.returncode != 0
 
 
 def ask(space=None):
@@ -72,6 +60,6 @@ with tempfile.TemporaryDirectory() as folder:
     make(FILES)
     complete = ask()
     failures = [complete] if complete.returncode != 0 else []
-    failures += [row for row in ROWS if fails_with_failing_allocations(row)]
+    failures += [row for row in ROWS if fails_with_failing_allocations(row, [FAILING_ALLOCATIONS, PLUGIN])]
     failures += [space for space in SPACES if fails_with_little_space(space, complete)]
     sys.exit(len(failures))

@@ -1,0 +1,31 @@
+# SPDX-License-Identifier: MIT
+"""Asks certificate_server_plugin while allocations fail.
+
+Usage: server_allocation_faults_test.py FAILING_ALLOCATIONS PLUGIN
+"""
+import os, pathlib, sys, tempfile
+
+sys.path.append(str(pathlib.Path(__file__).parent.parent))
+from certificates import SELF_SIGNED, make
+from failing_allocations import COLD, fails_with_failing_allocations
+from servers import Servers, conversation, tls
+
+COMMAND = [os.path.abspath(path) for path in sys.argv[1:3]]
+
+with tempfile.TemporaryDirectory() as folder, Servers() as servers:
+    os.chdir(folder)
+    make([SELF_SIGNED % ("ec", "ec", "/CN=ec", "ec -pkeyopt ec_paramgen_curve:P-256")])
+    handshake = tls("ec.pem", "ec.key")
+    servers.serve("tls", handshake)
+    servers.serve("postgres", conversation([b"<\0\0\0\x08\x04\xD2\x16/", b">S", b"tls"], handshake))
+    servers.serve("refusal", conversation([b"<\0\0\0\x08\x04\xD2\x16/", b">N"], handshake))
+    server = {"host": "127.0.0.1", "port": servers.ports["tls"], "trustFile": "ec.pem"}
+    # Label, state of the library, stride, members of the request.
+    rows = [
+        ("first use of libssl", COLD, 197, server),
+        ("handshake", "warm", 97, server),
+        ("lookup of the name", "warm", 331, {**server, "host": "localhost", "alpn": ["a"]}),
+        ("plain start", "warm", 331, {**server, "port": servers.ports["postgres"], "startTls": "postgres"}),
+        ("refused plain start", "warm", 7, {**server, "port": servers.ports["refusal"], "startTls": "postgres"}),
+    ]
+    sys.exit(sum(fails_with_failing_allocations(row, COMMAND) for row in rows))
