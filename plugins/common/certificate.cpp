@@ -20,8 +20,6 @@ void addCertificate(Members& aMembers, const Certificate& aCertificate) {
         aMembers.addNull("publicKeyBits");
     }
     aMembers.addText("pem", pemText(aCertificate.der));
-    if (aCertificate.label) aMembers.addText("label", *aCertificate.label);
-    if (aCertificate.id) aMembers.addText("id", *aCertificate.id);
 }
 
 void addChain(Members& aMembers, const std::vector<Certificate>& aIssuers) {

@@ -35,8 +35,7 @@ struct Certificate {
 };
 
 /// Adds "subject", "issuer", "serialNumber", "notBefore", "notAfter", "sha256Fingerprint",
-/// "subjectAlternativeNames", "publicKeyAlgorithm", "publicKeyBits" and "pem", in this order, then
-/// "label" and "id" if the source has them.
+/// "subjectAlternativeNames", "publicKeyAlgorithm", "publicKeyBits" and "pem", in this order.
 void addCertificate(Members& aMembers, const Certificate& aCertificate);
 
 /// Adds "chain", an array of objects with "subject", "issuer", "sha256Fingerprint" and "pem".

@@ -83,6 +83,8 @@ Members describeMatch(const Selectors& aSelectors, const CertificateSource& aSou
                       const Certificate& aCertificate) {
     Members members;
     addCertificate(members, aCertificate);
+    if (aCertificate.label) members.addText("label", *aCertificate.label);
+    if (aCertificate.id) members.addText("id", *aCertificate.id);
     if (aSelectors.chain) addChain(members, findIssuers(aCertificate, aSource.certificates));
     return members;
 }
