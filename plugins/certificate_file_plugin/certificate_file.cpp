@@ -11,7 +11,6 @@
 #include <filesystem>
 #include <limits>
 #include <new>
-#include <set>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -67,13 +66,6 @@ std::vector<std::string> sortedFiles(const std::string& aFolder) {
     if (error) failWithSystemError(aFolder, error);
     std::ranges::sort(names);
     return names;
-}
-
-void removeRepetitions(std::vector<Certificate>& aCertificates) {
-    std::set<std::string> known;
-    std::erase_if(aCertificates, [&](const Certificate& aCertificate) {
-        return !known.insert(aCertificate.sha256Fingerprint).second;
-    });
 }
 
 } // namespace

@@ -43,6 +43,7 @@ CertificateSource readStore(const std::string& aName, StoreLocation aLocation) {
            certificate) {
         addCertificate(source, *certificate);
     }
+    removeRepetitions(source.certificates); // a user's store includes the machine's
     return source;
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "certificate.h"
 
+#include <set>
 #include <utility>
 
 namespace plugins {
@@ -32,6 +33,13 @@ void addChain(Members& aMembers, const std::vector<Certificate>& aIssuers) {
         link.addText("pem", pemText(issuer.der));
     }
     aMembers.addObjects("chain", std::move(chain));
+}
+
+void removeRepetitions(std::vector<Certificate>& aCertificates) {
+    std::set<std::string> known;
+    std::erase_if(aCertificates, [&](const Certificate& aCertificate) {
+        return !known.insert(aCertificate.sha256Fingerprint).second;
+    });
 }
 
 } // namespace plugins

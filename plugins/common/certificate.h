@@ -41,6 +41,9 @@ void addCertificate(Members& aMembers, const Certificate& aCertificate);
 /// Adds "chain", an array of objects with "subject", "issuer", "sha256Fingerprint" and "pem".
 void addChain(Members& aMembers, const std::vector<Certificate>& aIssuers);
 
+/// Removes each certificate that is preceded by one with the same fingerprint.
+void removeRepetitions(std::vector<Certificate>& aCertificates);
+
 /// Decodes the DER form of a certificate, all of @p aDer, with the platform's library. Throws
 /// Failure (InvalidCertificate) if it is malformed, and std::bad_alloc.
 Certificate describeCertificate(Bytes aDer);

@@ -26,9 +26,11 @@ def put_certificate(*arguments):
 with tempfile.TemporaryDirectory() as folder:
     os.chdir(folder)
     make(CERTIFICATES + FILES)
-    put_certificate("MY")  # makes sure that it is there, no more
-    put_certificate(STORE, "rsa.der", "ec.der", "ed.der", "names.der")
+    put_certificate("user", "MY")  # only creates it
+    put_certificate("user", STORE, "rsa.der", "ec.der", "ed.der", "names.der")
+    put_certificate("machine", STORE, "ed.der")
     try:
         sys.exit(check_rows("certificate_store_plugin.txt", RUNNER + [CERTBRIDGE, PLUGIN], view, STORE))
     finally:
-        put_certificate("--remove", STORE)
+        put_certificate("user", "--remove", STORE)
+        put_certificate("machine", "--remove", STORE)

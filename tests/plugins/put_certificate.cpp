@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 
-// put_certificate STORE FILE...: puts certificates in DER form into a store of the current user,
-// which is made if need be; put_certificate --remove STORE: removes it with all that is in it.
+// put_certificate user|machine STORE FILE...: puts certificates in DER form into a store of the
+// current user or the machine, which is created if necessary. put_certificate user|machine --remove
+// STORE: removes the store with its certificates.
 #include <windows.h>
 
 #include <wincrypt.h>
@@ -12,17 +13,18 @@
 #include <vector>
 
 int main(int argc, char** argv) {
-    const auto open = [](const char* aName, DWORD aFlags) {
-        return CertOpenStore(CERT_STORE_PROV_SYSTEM_A, 0, 0,
-                             CERT_SYSTEM_STORE_CURRENT_USER | aFlags, aName);
+    const DWORD location = std::strcmp(argv[1], "machine") == 0 ? CERT_SYSTEM_STORE_LOCAL_MACHINE
+                                                                : CERT_SYSTEM_STORE_CURRENT_USER;
+    const auto open = [&](const char* aName, DWORD aFlags) {
+        return CertOpenStore(CERT_STORE_PROV_SYSTEM_A, 0, 0, location | aFlags, aName);
     };
-    if (argc == 3 && std::strcmp(argv[1], "--remove") == 0) {
+    if (std::strcmp(argv[2], "--remove") == 0) {
         SetLastError(0);
-        open(argv[2], CERT_STORE_DELETE_FLAG); // gives no handle
+        open(argv[3], CERT_STORE_DELETE_FLAG); // returns no handle
         return GetLastError() == 0 ? 0 : 1;
     }
-    const HCERTSTORE store = open(argv[1], 0);
-    for (int i = 2; i < argc; ++i) {
+    const HCERTSTORE store = open(argv[2], 0);
+    for (int i = 3; i < argc; ++i) {
         std::ifstream file(argv[i], std::ios::binary);
         const std::vector<char> bytes(std::istreambuf_iterator<char>(file), {});
         if (!CertAddEncodedCertificateToStore(
