@@ -3,8 +3,8 @@
 # plugins and the C++ runtime.
 
 # The licences of the libraries, by the package that provides them.
-set(licence_of_CURL curl)
 set(licence_of_OpenSSL Apache-2.0)
+set(licence_of_p11-kit BSD-3-Clause)
 
 set(spdx_packages)
 set(spdx_relationships)
@@ -29,10 +29,8 @@ macro(add_spdx_relationship from type to)
     }")
 endmacro()
 
-# add_spdx_library(TARGET): a library with a target PACKAGE::NAME or PkgConfig::PACKAGE. plugins/ has
-# found it, so the version is known there.
-macro(add_spdx_library target)
-  string(REGEX REPLACE "^PkgConfig::|::.*" "" package "${target}")
+# add_spdx_library(PACKAGE): plugins/ has found the package, so its version is known there.
+macro(add_spdx_library package)
   string(TOUPPER "${package}" upper)
   set(version NOASSERTION)
   foreach(variable ${package}_VERSION ${upper}_VERSION)
@@ -67,8 +65,10 @@ if(CERTBRIDGE_PLUGINS)
     list(FILTER linked INCLUDE REGEX "^[A-Za-z].*::")
     list(APPEND libraries ${linked})
   endforeach()
-  list(REMOVE_DUPLICATES libraries)
   list(FILTER libraries EXCLUDE REGEX "^(certbridge|vexil)::")
+  # The targets are PACKAGE::NAME or PkgConfig::PACKAGE.
+  list(TRANSFORM libraries REPLACE "^PkgConfig::|::.*" "")
+  list(REMOVE_DUPLICATES libraries)
   foreach(library IN LISTS libraries)
     add_spdx_library("${library}")
   endforeach()

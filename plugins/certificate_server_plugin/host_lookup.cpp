@@ -2,16 +2,14 @@
 #include "host_lookup.h"
 
 #include "plugins/common/failure.h"
+#include "plugins/common/limited_call.h"
 #include "vexil/assert.h"
 
 #include <cerrno>
 #include <cstring>
-#include <future>
 #include <memory>
 #include <new>
 #include <system_error>
-#include <thread>
-#include <utility>
 
 #include <netdb.h>
 
@@ -87,16 +85,8 @@ std::vector<SocketAddress> resolveName(const std::string& aHost, const std::stri
 // getaddrinfo() has no time limit and cannot be interrupted.
 std::vector<SocketAddress> resolveInThread(const std::string& aHost, const std::string& aPort,
                                            const Deadline& aDeadline) {
-    std::packaged_task<std::vector<SocketAddress>()> task(
-        [=] { return resolveName(aHost, aPort); });
-    auto result = task.get_future();
-    std::thread thread(std::move(task));
-    if (result.wait_until(aDeadline.getEnd()) != std::future_status::ready) {
-        thread.detach();
-        throw Failure(ErrorCode::TimedOut, "the name lookup timed out");
-    }
-    thread.join();
-    return result.get();
+    return callUntil(aDeadline.getEnd(), "the name lookup timed out",
+                     [=] { return resolveName(aHost, aPort); });
 }
 
 } // namespace

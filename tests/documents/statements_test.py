@@ -199,7 +199,8 @@ def plugin_answer_members():
 
 def plugin_libraries():
     cmake = read("plugins/CMakeLists.txt")
-    return set(re.findall(r"^ *(?:find_package|pkg_check_modules)\((\w+)", cmake, re.MULTILINE))
+    found = re.findall(r"^ *(?:find_package|pkg_check_modules)\(([\w-]+)", cmake, re.MULTILINE)
+    return set(found) - {"PkgConfig"}
 
 
 def listed_libraries():

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+
+// Shows certificates on PKCS#11 tokens: "uri", "module" and "token" select the tokens, the
+// selectors of plugins/common choose among their certificates, "pin" or "pinFile" opens a token.
+#include "standard_output_guard.h"
+#include "token_request.h"
+#include "token_search.h"
+
+#include "plugins/common/limited_call.h"
+#include "plugins/common/replying_plugin.h"
+
+#include <memory>
+
+namespace {
+
+using namespace plugins;
+
+class CertificateTokenPlugin final : public ReplyingPlugin {
+    Members answer(Request& aRequest) override {
+        const auto request = std::make_shared<TokenRequest>(readTokenRequest(aRequest));
+        const StandardOutputGuard guard;
+        const auto end = std::chrono::steady_clock::now() + request->timeout;
+        return callUntil(end, "the PKCS#11 module did not answer in time",
+                         [request] { return searchTokens(*request); });
+    }
+};
+
+} // namespace
+
+extern "C" Plugin* GetPlugin() {
+    static CertificateTokenPlugin plugin;
+    return &plugin;
+}

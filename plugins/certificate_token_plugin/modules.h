@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <p11-kit/p11-kit.h>
+
+namespace plugins {
+
+/// Initialised PKCS#11 modules, finalised on destruction. They stay loaded, since some leave
+/// threads or exit handlers that run their code.
+class Modules {
+public:
+    /// Loads the module in the file @p aPath. Throws Failure: NotFound "no such module";
+    /// NotReadable if it cannot be loaded; BackEndFailed if it cannot be initialised. The message
+    /// begins with the path.
+    static Modules loadFile(const std::string& aPath);
+    /// Loads the modules that are registered in the system, with @p aName only initialising the one
+    /// of this name. Those that cannot be loaded or initialised are left out. Throws Failure:
+    /// NotFound if there is none; BackEndFailed if the named one cannot be initialised.
+    static Modules loadRegistered(const std::optional<std::string>& aName);
+
+    ~Modules();
+    Modules(Modules&&) = default;
+    Modules& operator=(Modules&&) = delete;
+
+    const std::vector<CK_FUNCTION_LIST*>& get() const { return mModules; }
+
+private:
+    Modules() = default;
+
+    std::vector<CK_FUNCTION_LIST*> mModules; // all are initialised
+};
+
+} // namespace plugins

@@ -1,0 +1,58 @@
+# SPDX-License-Identifier: MIT
+"""Asks certificate_token_plugin, through certbridge, about a fake module, SoftHSM and the system's trust store.
+
+Usage: certificate_token_plugin_test.py CERTBRIDGE PLUGIN FAKE_MODULE CERTBRIDGE_CHECK
+"""
+import os, pathlib, shutil, subprocess, sys, tempfile
+
+sys.path.append(str(pathlib.Path(__file__).parent.parent))
+from certificates import CERTIFICATES, make, row_fails
+from table import read_rows
+
+CERTBRIDGE, PLUGIN, FAKE_MODULE, CERTBRIDGE_CHECK = (os.path.abspath(path) for path in sys.argv[1:5])
+SOFTHSM = next(pathlib.Path("/usr/lib").rglob("libsofthsm2.so"), None)
+WRITE = "GNUTLS_PIN=1234 p11tool --provider SOFTHSM --batch --login --write 'pkcs11:token=card' --load-certificate "
+TOKENS = [  # "card" with a certificate, its issuer and one that only a login reveals; "other" with none
+    "mkdir tokens; echo directories.tokendir = $PWD/tokens > softhsm.conf",
+    "for name in card other; do softhsm2-util --init-token --free --label $name --pin 1234 --so-pin 567890; done",
+    WRITE + "ec.pem --label leaf --id 01AB --no-mark-private",
+    WRITE + "rsa.pem --label root --id 02 --no-mark-private",
+    WRITE + "ed.pem --label hidden --id 03 --mark-private",
+]
+
+
+def prepare_tokens():
+    """Returns whether there is a SoftHSM with tokens."""
+    if SOFTHSM is None or shutil.which("p11tool") is None:
+        print("SKIPPED the rows of SoftHSM: install the packages softhsm2 and gnutls-bin")
+        return False
+    os.environ["SOFTHSM2_CONF"] = os.path.abspath("softhsm.conf")
+    make([command.replace("SOFTHSM", str(SOFTHSM)) for command in TOKENS])
+    return True
+
+
+def run_row(row):
+    os.environ["FAKE"] = row.pop("fake", "")
+    return row_fails(row, [CERTBRIDGE, PLUGIN])
+
+
+def fails_the_checker():
+    os.environ["FAKE"] = "hides prints"
+    pathlib.Path("check.json").write_text('{"action":"getCertificate","module":"%s"}' % FAKE_MODULE)
+    run = subprocess.run([CERTBRIDGE_CHECK, "--request", "check.json", PLUGIN], capture_output=True, text=True)
+    if run.returncode != 0:
+        print(run.stdout, run.stderr)
+    return run.returncode != 0
+
+
+with tempfile.TemporaryDirectory() as folder:
+    os.chdir(folder)
+    make(CERTIFICATES)
+    (pathlib.Path("pin")).write_text("1234\n")
+    os.chmod("pin", 0o600)
+    os.environ["FAKE_CERTIFICATE"] = os.path.abspath("ec.der")
+    rows = [{key: value.decode().replace("@fake", FAKE_MODULE).replace("@softhsm", str(SOFTHSM))
+             for key, value in row.items()} for row in read_rows("certificate_token_plugin.txt")]
+    has_tokens = prepare_tokens()
+    failures = [row for row in rows if (has_tokens or not row.pop("softhsm", "")) and run_row(row)]
+    sys.exit(len(failures) + fails_the_checker())
