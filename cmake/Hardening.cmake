@@ -19,7 +19,7 @@ function(add_fortification)
 endfunction()
 
 if(MSVC)
-  target_link_options(certbridge_hardening INTERFACE /NXCOMPAT /DYNAMICBASE)
+  target_link_options(certbridge_hardening INTERFACE /NXCOMPAT /DYNAMICBASE /LARGEADDRESSAWARE)
 elseif(WIN32)
   target_compile_options(certbridge_hardening INTERFACE -fstack-protector-strong)
   # The option of the linker adds the library that the protected functions call.
@@ -27,6 +27,9 @@ elseif(WIN32)
     -fstack-protector-strong -Wl,--nxcompat -Wl,--dynamicbase)
   if(CMAKE_SIZEOF_VOID_P EQUAL 8)
     target_link_options(certbridge_hardening INTERFACE -Wl,--high-entropy-va)
+  else()
+    # Address space of 4 GiB instead of 2 GiB.
+    target_link_options(certbridge_hardening INTERFACE -Wl,--large-address-aware)
   endif()
 else()
   target_compile_options(certbridge_hardening INTERFACE -fstack-protector-strong)

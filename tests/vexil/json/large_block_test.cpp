@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: MIT
+
+// Tokens of more than 2 GiB in a 32-bit process, in which ptrdiff_t cannot hold their length.
+#include "vexil/exceptions.h"
+#include "vexil/json/json_tokenizer.h"
+#include "vexil/streams.h"
+
+#include <gmock/gmock.h>
+
+#include <cstdint>
+#include <cstring>
+#include <ostream>
+#include <stdexcept>
+#include <string>
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+using namespace vexil;
+
+namespace {
+
+constexpr std::uint32_t chunkSize = 0x1000000;
+constexpr std::uint32_t blockSize = 134 * chunkSize; // 2.2 GB
+
+/// A block of one repeated character. The pages of a single chunk are mapped again and again, so
+/// that it needs little memory.
+class LargeBlock {
+public:
+    explicit LargeBlock(char aFiller) {
+        const int file = memfd_create("chunk", MFD_CLOEXEC);
+        const std::string chunk(chunkSize, aFiller);
+        if (write(file, chunk.data(), chunk.size()) != ssize_t{chunkSize}) return;
+        void* const begin =
+            mmap(nullptr, blockSize, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+        if (begin == MAP_FAILED) return;
+        mBegin = static_cast<char*>(begin);
+        for (std::uint32_t offset = 0; offset < blockSize; offset += chunkSize) {
+            mmap(mBegin + offset, chunkSize, PROT_READ | PROT_WRITE,
+                 MAP_PRIVATE | MAP_FIXED | MAP_NORESERVE, file, 0);
+        }
+        close(file);
+    }
+    ~LargeBlock() {
+        if (mBegin != nullptr) munmap(mBegin, blockSize);
+    }
+
+    /// Null if the address space has no gap that is large enough.
+    char* getBegin() const { return mBegin; }
+
+private:
+    char* mBegin = nullptr;
+};
+
+struct LargeToken {
+    const char* name;
+    const char* begin;
+    char filler;
+    const char* end;
+    const char*
+        result; ///< the name of the token, and "at end" if it takes the block, or the failure
+};
+
+void PrintTo(const LargeToken& aRow, std::ostream* aOut) {
+    *aOut << aRow.name;
+}
+
+class LargeTokens : public testing::TestWithParam<LargeToken> {};
+
+std::string scanToken(MemoryInputStream& aStream) {
+    JsonTokenizer tokenizer(aStream, 0);
+    try {
+        const JsonToken token = tokenizer.nextToken();
+        const char* const name = token == JsonToken::String ? "String" : "Invalid";
+        return aStream.tell64() == blockSize ? std::string(name) + " at end" : name;
+    } catch (const Overflow& e) {
+        return e.what();
+    } catch (const std::length_error&) {
+        return "length_error";
+    }
+}
+
+TEST_P(LargeTokens, AreScannedOrRefused) {
+    const LargeToken& row = GetParam();
+    const LargeBlock block(row.filler);
+    if (!block.getBegin()) GTEST_SKIP() << "not enough address space";
+    std::memcpy(block.getBegin(), row.begin, std::strlen(row.begin));
+    const std::size_t endSize = std::strlen(row.end);
+    std::memcpy(block.getBegin() + blockSize - endSize, row.end, endSize);
+    MemoryInputStream stream(block.getBegin(), blockSize);
+    EXPECT_EQ(scanToken(stream), row.result);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, LargeTokens,
+    testing::Values(LargeToken{"UnclosedString", "\"", 'a', "", "length_error"},
+                    LargeToken{"UnclosedStringWithEscape", "\"\\n", 'a', "", "length_error"},
+                    LargeToken{"ClosedString", "\"", 'a', "\"",
+                               "UnicodeString32::alloc(): string too long"},
+                    LargeToken{"ControlCharacterAtTheEnd", "\"", 'a', "\n", "length_error"},
+                    LargeToken{"Word", "", 'a', "", "Invalid at end"},
+                    LargeToken{"Number", "", '1', "", "length_error"},
+                    LargeToken{"StringAfterBlanks", "", ' ', "\"a\"", "String at end"}),
+    [](const auto& aRow) { return std::string(aRow.param.name); });
+
+} // namespace
