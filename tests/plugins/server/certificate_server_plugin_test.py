@@ -7,13 +7,14 @@ import json, os, pathlib, re, socket, ssl, subprocess, sys, tempfile
 
 sys.path.append(str(pathlib.Path(__file__).parent.parent))
 from certificates import SELF_SIGNED, make, openssl_view, row_fails
-from servers import Servers, bytewise, conversation, relay, tls, wait_for_close
+from servers import Servers, bytewise, conversation, drip, relay, reset, tls, wait_for_close
 from table import read_rows
 
 CERTBRIDGE, PLUGIN, TEST_HOSTS, CERTBRIDGE_CHECK = (os.path.abspath(path) for path in sys.argv[1:5])
 # With the host names and the trust store of the test; a sanitizer's runtime must not insist on being first.
-COMMAND = ["env", "LD_PRELOAD=" + TEST_HOSTS, "SSL_CERT_FILE=root.pem", "SSL_CERT_DIR=none",
-           "ASAN_OPTIONS=verify_asan_link_order=0", CERTBRIDGE, PLUGIN]
+ENVIRONMENT = ["env", "LD_PRELOAD=" + TEST_HOSTS, "SSL_CERT_FILE=root.pem", "SSL_CERT_DIR=none",
+               "ASAN_OPTIONS=verify_asan_link_order=0"]
+COMMAND = [*ENVIRONMENT, CERTBRIDGE, PLUGIN]
 EC = "ec -pkeyopt ec_paramgen_curve:P-256"
 AUTHORITY = "basicConstraints=critical,CA:TRUE"
 
@@ -81,6 +82,8 @@ def start_servers(servers):
     servers.serve("tls_1_2", tls("rsa.pem", "rsa.key", ssl.TLSVersion.TLSv1_2))
     servers.serve("bytewise", relay(servers.ports["www"], bytewise))
     servers.serve("silent", wait_for_close)
+    servers.serve("dripping", drip)
+    servers.serve("resetting", reset)
     servers.serve("closing", conversation([b"close"], handshake))
     servers.serve("http", conversation([b">HTTP/1.1 400 Bad Request\r\n\r\n"], handshake))
     servers.bind("refusing")
@@ -123,9 +126,9 @@ def ask(port):
 
 def breaks_the_contract(port):
     """Whether the checker finds a fault of the plugin while it asks a server."""
-    request = {"action": "getCertificate", "host": "localhost", "port": port}
+    request = {"action": "getCertificate", "host": "www.test", "port": port}
     pathlib.Path("request.json").write_text(json.dumps(request))
-    run = subprocess.run([CERTBRIDGE_CHECK, "--only-failed", "--request", "request.json", PLUGIN])
+    run = subprocess.run([*ENVIRONMENT, CERTBRIDGE_CHECK, "--only-failed", "--request", "request.json", PLUGIN])
     return run.returncode != 0
 
 

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
 """Servers on loopback for the tests of certificate_server_plugin, on ports that the system chooses."""
-import contextlib, re, socket, ssl, subprocess, threading
+import contextlib, re, socket, ssl, struct, subprocess, threading
 
 
 class Servers(contextlib.ExitStack):
@@ -68,6 +68,20 @@ def accept_all(listener, handle):
 def wait_for_close(connection):
     while connection.recv(4096):
         pass
+
+
+def drip(connection):
+    """Sends a byte from time to time, without end."""
+    while True:
+        connection.sendall(b"x")
+        threading.Event().wait(0.1)
+
+
+def reset(connection):
+    """Closes the connection without its regular end, after the first byte."""
+    connection.recv(1)
+    connection.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
+    connection.close()
 
 
 def tls(certificate, key, version=ssl.TLSVersion.TLSv1_3):
