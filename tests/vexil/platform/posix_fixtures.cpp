@@ -33,6 +33,7 @@ std::vector<FailingModule> makeFailingModules() {
     copyWithProcessor("processor.so", '\x77');
     copyWithLongerDependency("longer");
     std::vector<FailingModule> modules{{"", 126},
+                                       {NEEDS_THREAD_STORAGE, 8},
                                        {"no_such.so", 126},
                                        {"./no_such.so", 126},
                                        {"./text.so/x", 126},
