@@ -15,6 +15,7 @@
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <utility>
 
 // The two sources from which a Scanner takes its characters. They have the same operations and give
 // the same characters; both read one character ahead. Private to the JSON library.
@@ -50,6 +51,16 @@ public:
         return advance();
     }
     std::string_view getText() const { return mBuffer; }
+
+    /// Takes the digits from the current character on, and appends them to the decimal number
+    /// @p aValue, modulo 2^64. Returns false if there is none.
+    [[nodiscard]] bool takeDigits(std::uint64_t& aValue) {
+        if (!hasClass(mCurrent, ClassDigit)) return false;
+        do {
+            aValue = aValue * 10 + static_cast<std::uint64_t>(mCurrent - '0');
+        } while (hasClass(take(), ClassDigit));
+        return true;
+    }
 
     /// Appends the current character and the following ones up to the first that needs an escape or
     /// ends the string. @p aNext is the end of the text in @p aAppender; returns its new end.
@@ -110,6 +121,16 @@ public:
         return advance();
     }
     std::string_view getText() const { return {mText, static_cast<std::size_t>(mCurrent - mText)}; }
+
+    [[nodiscard]] bool takeDigits(std::uint64_t& aValue) {
+        const char* next = mCurrent;
+        for (; next != mEnd; ++next) {
+            const auto digit = static_cast<unsigned char>(*next - '0');
+            if (digit > 9) break;
+            aValue = aValue * 10 + digit;
+        }
+        return std::exchange(mCurrent, next) != next;
+    }
 
     [[nodiscard]] char* takeUnescaped(StringAppender& aAppender, char* aNext) {
         // Unsigned: a run may be longer than the largest ptrdiff_t of a 32-bit process.

@@ -101,16 +101,18 @@ private:
 
     JsonToken scanNumber() {
         bool isFloat = false;
-        const bool isNumber = scanIntegerPart() && scanFraction(isFloat) && scanExponent(isFloat);
+        std::uint64_t magnitude = 0; // of the integer part, modulo 2^64
+        const bool isNumber =
+            scanIntegerPart(magnitude) && scanFraction(isFloat) && scanExponent(isFloat);
         mScan.text = mSource.getText();
         if (!isNumber) return JsonToken::Invalid;
-        if (!isFloat && convertInteger()) return JsonToken::Integer;
+        if (!isFloat && setInteger(magnitude)) return JsonToken::Integer;
         return convertFloat() ? JsonToken::Float : JsonToken::Invalid;
     }
 
-    bool scanIntegerPart() {
+    bool scanIntegerPart(std::uint64_t& aMagnitude) {
         if (mSource.current() == '-') mSource.take();
-        if (mSource.current() != '0') return takeDigits();
+        if (mSource.current() != '0') return mSource.takeDigits(aMagnitude);
         return !hasClass(mSource.take(), ClassDigit); // no leading zeros
     }
 
@@ -131,31 +133,27 @@ private:
 
     /// Takes one or more digits; false if there is none.
     bool takeDigits() {
-        if (!hasClass(mSource.current(), ClassDigit)) return false;
-        while (hasClass(mSource.take(), ClassDigit)) {
-        }
-        return true;
+        std::uint64_t value = 0;
+        return mSource.takeDigits(value);
     }
 
-    /// Sets the integer value from the text, an optional sign and digits; false if it exceeds 32
-    /// bits.
-    bool convertInteger() {
-        const bool isNegative = mScan.text.front() == '-';
-        const std::string_view digits = mScan.text.substr(isNegative ? 1 : 0);
-        if (digits.size() > 10) return false; // too large, as there are no leading zeros
-        std::int64_t value = 0;
-        for (const char digit : digits) value = value * 10 + (digit - '0');
-        if (isNegative) value = -value;
+    /// Sets the integer value of the text, a sign or none and the digits of @p aMagnitude; false if
+    /// it exceeds 32 bits.
+    bool setInteger(std::uint64_t aMagnitude) {
+        constexpr std::size_t maxSize = 11; // no longer text fits, as there are no leading zeros
+        if (mScan.text.size() > maxSize) return false;
+        const auto magnitude = static_cast<std::int64_t>(aMagnitude);
+        const std::int64_t value = mScan.text.front() == '-' ? -magnitude : magnitude;
         mScan.integerValue = static_cast<std::int32_t>(value);
         return mScan.integerValue == value;
     }
 
     bool convertFloat() {
-        const std::string& text = mScan.moveTextToBuffer();
+        const char* const textEnd = mScan.text.data() + mScan.text.size();
         const char* end = nullptr;
         errno = 0; // a plugin may have left an error in it
-        const double value = strToDouble(text.c_str(), &end);
-        if (errno != 0 || end != text.c_str() + text.size()) return false;
+        const double value = strToDouble(mScan.text.data(), textEnd, &end);
+        if (errno != 0 || end != textEnd) return false;
         mScan.floatValue = value;
         return true;
     }
