@@ -35,8 +35,10 @@ enum class JsonType : std::int32_t {
 ///
 /// Classes outside the library may derive from JsonValue or JsonValueDefault; only their accessors
 /// are used, never their type. While one of their operations runs, it must not modify the tree that
-/// the value belongs to, nor the writer, stream or target string to which the tree is being
-/// written.
+/// the value belongs to, and while the tree is being written, it must not use the writer or its
+/// stream. It must not access the target string of a StringOutputStream either, whose contents and
+/// length are unspecified until the writer returns. Builds with VEXIL_ASSERTIONS abort if it
+/// changes one of them.
 class VEXIL_API JsonValue : private NonCopyable {
 public:
     virtual ~JsonValue() = default;

@@ -128,7 +128,10 @@ public:
     const JsonValue& takeNext() {
         VEXIL_ASSERT(!isDone());
         const std::uint64_t next = mNext++;
-        if (mSlots != nullptr) return *mSlots[next];
+        if (mSlots != nullptr) {
+            VEXIL_ASSERT(asLibraryContainer(&mContainer)->getSlots() == mSlots); // did not grow
+            return *mSlots[next];
+        }
         const auto index = static_cast<std::uint32_t>(mIsObject ? next / 2 : next);
         return mIsObject && next % 2 == 0 ? *mContainer.getNameAt(index)
                                           : *mContainer.getValueAt(index);
@@ -297,10 +300,24 @@ private:
     std::vector<ContainerCursor> mOpen;
 };
 
+/// Sets a flag during a call of write(), which must not be nested.
+class WriteInProgress : private NonCopyable {
+public:
+    explicit WriteInProgress(bool& aFlag) : mFlag(aFlag) {
+        VEXIL_ASSERT(!mFlag);
+        mFlag = true;
+    }
+    ~WriteInProgress() { mFlag = false; }
+
+private:
+    bool& mFlag;
+};
+
 } // namespace
 
 struct JsonWriter::State {
     void write(const JsonValue& aValue) {
+        const WriteInProgress progress(isWriting);
         if (text != nullptr) {
             StringSink sink(text->getTarget());
             TreeWriter(sink, escapeNonAscii, spaceNeeded).write(aValue);
@@ -314,7 +331,8 @@ struct JsonWriter::State {
     StringOutputStream* text; ///< the stream if it is of this class, which is final; or null
     bool escapeNonAscii;
     bool spaceNeeded = false; ///< the last piece written was a bare word or a number
-    std::string piece = {};   ///< reused from piece to piece
+    bool isWriting = false;
+    std::string piece = {}; ///< reused from piece to piece
 };
 
 JsonWriter::JsonWriter(OutputStream& aStream, std::int32_t aFlags) {

@@ -39,6 +39,8 @@ public:
     /// 2147483648 bytes or more, std::bad_alloc, std::length_error if a text is longer than a
     /// std::string can be, and whatever the stream or a value of a class outside the library
     /// throws. The pieces before the failure stay written, and the writer stays usable.
+    ///
+    /// Must not be called by a value or by the stream during another call.
     void write(const JsonValue& aValue);
 
 private:

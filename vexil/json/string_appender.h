@@ -31,6 +31,7 @@ public:
     /// their address; the text may have moved with them. Their contents are unspecified. Throws
     /// std::bad_alloc or std::length_error; the text is then unchanged.
     [[nodiscard]] char* reserve(char* aNext, std::size_t aSize) {
+        VEXIL_ASSERT(mEnd == mTarget.data() + mTarget.size()); // changed by nothing else
         VEXIL_ASSERT(getBegin() <= aNext && aNext <= mEnd);
         return static_cast<std::size_t>(mEnd - aNext) >= aSize ? aNext : grow(aNext, aSize);
     }

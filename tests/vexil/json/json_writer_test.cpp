@@ -8,6 +8,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <random>
 #include <string>
 
@@ -188,5 +189,58 @@ TEST(JsonWriter, RefusesUnknownFlags) {
                   "InvalidArgument JsonWriter: invalid argument aFlags");
     }
 }
+
+/// A number whose accessor breaks the rules for classes outside the library.
+class InterferingNumber : public vexil::JsonValueDefault {
+public:
+    explicit InterferingNumber(std::function<void()> aInterfere) : mInterfere(aInterfere) {}
+    JsonType getType() const override { return JsonType::Integer; }
+    std::int32_t getInteger() const override {
+        mInterfere();
+        return 1;
+    }
+    JsonValue* clone() const override { return nullptr; }
+
+private:
+    std::function<void()> mInterfere;
+};
+
+struct WriteToString {
+    std::string text;
+    vexil::StringOutputStream stream{&text};
+    JsonWriter writer{stream, 0};
+    JsonTree tree = parseText("[]");
+};
+
+struct Interference {
+    const char* name;
+    void (*interfere)(WriteToString&);
+};
+
+class WriterDeathTest : public testing::TestWithParam<Interference> {};
+
+TEST_P(WriterDeathTest, AssertsThatAValueDoesNotInterfere) {
+#ifndef VEXIL_ASSERTIONS
+    GTEST_SKIP() << "built without assertions";
+#endif
+    WriteToString write;
+    write.tree->appendValue(new InterferingNumber([&] { GetParam().interfere(write); }));
+    write.tree->appendValue(JsonValue::createNull());
+    EXPECT_DEATH(write.writer.write(*write.tree), "assertion failed");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, WriterDeathTest,
+    testing::Values(
+        Interference{"AppendsToTheTarget", [](WriteToString& w) { w.text.append(1000, 'x'); }},
+        Interference{"ClearsTheTarget", [](WriteToString& w) { w.text.clear(); }},
+        Interference{"WritesToTheStream", [](WriteToString& w) { w.stream.write("x", 1); }},
+        Interference{"WritesWithTheWriter",
+                     [](WriteToString& w) { w.writer.write(*parseText("1")); }},
+        Interference{"AppendsToTheArray",
+                     [](WriteToString& w) {
+                         for (int i = 0; i < 9; ++i) w.tree->appendValue(JsonValue::createNull());
+                     }}),
+    [](const auto& aRow) { return std::string(aRow.param.name); });
 
 } // namespace
