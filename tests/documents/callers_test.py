@@ -13,7 +13,8 @@ import sys
 import tempfile
 import unittest
 
-from documents import SOURCE, add_tests, read
+from documents import SOURCE, read
+from named_tests import add_tests
 
 BUILD = pathlib.Path(sys.argv[1]).resolve()
 COMPILER = sys.argv[2:]

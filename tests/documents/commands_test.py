@@ -14,7 +14,8 @@ import sys
 import tempfile
 import unittest
 
-from documents import SOURCE, add_tests, blocks, manual_examples, read
+from documents import SOURCE, blocks, manual_examples, read
+from named_tests import add_tests
 from transcripts import repeat
 
 BUILD = pathlib.Path(sys.argv[1]).resolve()

@@ -59,16 +59,6 @@ def table(text, *header):
     return rows
 
 
-def add_tests(test_case, method, rows):
-    """Gives a test case a test for each row of a table, which calls the method with the row."""
-
-    def add_test(label, row):
-        setattr(test_case, f"test_{label}", lambda self: getattr(self, method)(*row))
-
-    for label, row in rows.items():
-        add_test(label, row)
-
-
 def code_spans(text):
     return re.findall(r"`([^`]+)`", text)
 

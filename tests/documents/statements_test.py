@@ -14,7 +14,8 @@ import subprocess
 import sys
 import unittest
 
-from documents import SOURCE, add_tests, code_spans, manual_tags, plain_roff, read, table, without_blocks
+from documents import SOURCE, code_spans, manual_tags, plain_roff, read, table, without_blocks
+from named_tests import add_tests
 
 BUILD = pathlib.Path(sys.argv[1]).resolve()
 PROTOCOL = read("docs/protocol.md")

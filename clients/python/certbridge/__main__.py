@@ -3,6 +3,7 @@
 
 import argparse
 import json
+import os
 import sys
 from typing import Any, Dict, NoReturn
 
@@ -12,7 +13,7 @@ STATUSES = """exit status:
   0    a certificate was returned; its members are on standard output
   1    the command line or the request is invalid
   2    the plugin or certbridge reported an error
-  3    no answer, for example because the plugin crashed
+  3    no answer, for example because the plugin crashed, or standard output is full
   124  the time limit expired
   127  the program, the plugin or a command for confinement is missing
 """
@@ -56,6 +57,16 @@ def status_of(error: CertbridgeError) -> int:
     return 2
 
 
+def write_result(result: Dict[str, Any]) -> int:
+    try:
+        print(json.dumps(result), flush=True)
+    except OSError as error:
+        print(f"certbridge: cannot write the result: {error.strerror}", file=sys.stderr)
+        os.close(sys.stdout.fileno())  # or the interpreter would try again, and change the exit status
+        return 3
+    return 0
+
+
 def main() -> int:
     parser = create_parser()
     options = parser.parse_args()
@@ -78,8 +89,7 @@ def main() -> int:
     except (ValueError, RecursionError) as error:
         print(f"certbridge: invalid request: {error}", file=sys.stderr)
         return 1
-    print(json.dumps(result))
-    return 0
+    return write_result(result)
 
 
 sys.exit(main())
