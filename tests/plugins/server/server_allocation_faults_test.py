@@ -1,16 +1,17 @@
 # SPDX-License-Identifier: MIT
-"""Asks certificate_server_plugin while allocations fail.
+"""Asks certificate_server_plugin while allocations fail, and with little address space.
 
-Usage: server_allocation_faults_test.py FAILING_ALLOCATIONS PLUGIN
+Usage: server_allocation_faults_test.py FAILING_ALLOCATIONS CERTBRIDGE PLUGIN
 """
 import os, pathlib, sys, tempfile
 
 sys.path.append(str(pathlib.Path(__file__).parent.parent))
 from certificates import SELF_SIGNED, make
 from failing_allocations import COLD, fails_with_failing_allocations
+from little_space import count_failures
 from servers import Servers, conversation, tls
 
-COMMAND = [os.path.abspath(path) for path in sys.argv[1:3]]
+FAILING_ALLOCATIONS, CERTBRIDGE, PLUGIN = (os.path.abspath(path) for path in sys.argv[1:4])
 
 with tempfile.TemporaryDirectory() as folder, Servers() as servers:
     os.chdir(folder)
@@ -28,4 +29,5 @@ with tempfile.TemporaryDirectory() as folder, Servers() as servers:
         ("plain start", "warm", 331, {**server, "port": servers.ports["postgres"], "startTls": "postgres"}),
         ("refused plain start", "warm", 7, {**server, "port": servers.ports["refusal"], "startTls": "postgres"}),
     ]
-    sys.exit(sum(fails_with_failing_allocations(row, COMMAND) for row in rows))
+    failures = sum(fails_with_failing_allocations(row, [FAILING_ALLOCATIONS, PLUGIN]) for row in rows)
+    sys.exit(failures + count_failures([CERTBRIDGE, PLUGIN], server))
