@@ -3,12 +3,12 @@
 // Shows the certificate of a TLS server: "host" is its name or address, "port" its port, and
 // "startTls" the protocol that it speaks before TLS.
 #include "connection.h"
-#include "openssl_memory.h"
 #include "server_request.h"
 #include "tls_handshake.h"
 #include "verification.h"
 
 #include "plugins/common/certificate.h"
+#include "plugins/common/openssl/openssl_memory.h"
 #include "plugins/common/replying_plugin.h"
 
 #include <iterator>

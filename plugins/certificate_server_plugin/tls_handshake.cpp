@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "tls_handshake.h"
 
-#include "openssl_memory.h"
-
 #include "plugins/common/failure.h"
 #include "plugins/common/openssl/describe_certificate.h"
 #include "plugins/common/openssl/openssl_handles.h"
+#include "plugins/common/openssl/openssl_memory.h"
 #include "vexil/assert.h"
 
 #include <openssl/ssl.h>

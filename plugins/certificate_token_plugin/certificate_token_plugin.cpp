@@ -7,6 +7,7 @@
 #include "token_search.h"
 
 #include "plugins/common/limited_call.h"
+#include "plugins/common/openssl/openssl_memory.h"
 #include "plugins/common/replying_plugin.h"
 
 #include <memory>
@@ -17,6 +18,7 @@ using namespace plugins;
 
 class CertificateTokenPlugin final : public ReplyingPlugin {
     Members answer(Request& aRequest) override {
+        recordFailedAllocations();
         const auto request = std::make_shared<TokenRequest>(readTokenRequest(aRequest));
         const StandardOutputGuard guard;
         const auto end = std::chrono::steady_clock::now() + request->timeout;

@@ -5,11 +5,14 @@
 
 #include "plugins/common/failure.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <new>
 #include <system_error>
+
+#include <dlfcn.h>
 
 namespace plugins {
 
@@ -20,9 +23,11 @@ struct Free {
 };
 using Text = std::unique_ptr<char, Free>;
 
+// p11-kit gives no message only if memory runs out.
 std::string takeMessage() {
     const char* const message = p11_kit_message();
-    return message != nullptr ? message : "no reason given";
+    if (message == nullptr) throw std::bad_alloc();
+    return message;
 }
 
 // RFC 7512: the name of the module's file without "lib" and the suffix; registered modules have a
@@ -34,6 +39,54 @@ bool hasName(CK_FUNCTION_LIST* aModule, const std::string& aName) {
     if (!fileName) return false;
     const auto stem = std::filesystem::path(fileName.get()).stem().string();
     return stem == aName || stem == "lib" + aName;
+}
+
+// Opening a special file could wait for ever.
+void checkFile(const std::string& aPath) {
+    std::error_code error;
+    const auto status = std::filesystem::status(aPath, error);
+    if (status.type() == std::filesystem::file_type::not_found) {
+        throw Failure(ErrorCode::NotFound, aPath + ": no such module");
+    }
+    if (error) throw Failure(ErrorCode::NotReadable, aPath + ": " + error.message());
+    if (status.type() != std::filesystem::file_type::regular) {
+        throw Failure(ErrorCode::NotReadable, aPath + ": is not a regular file");
+    }
+}
+
+bool hasUsedFunctions(const CK_FUNCTION_LIST& aList) {
+    return aList.C_Initialize != nullptr && aList.C_Finalize != nullptr &&
+           aList.C_GetSlotList != nullptr && aList.C_GetTokenInfo != nullptr &&
+           aList.C_OpenSession != nullptr && aList.C_CloseSession != nullptr &&
+           aList.C_Login != nullptr && aList.C_Logout != nullptr &&
+           aList.C_FindObjectsInit != nullptr && aList.C_FindObjects != nullptr &&
+           aList.C_FindObjectsFinal != nullptr && aList.C_GetAttributeValue != nullptr;
+}
+
+// The module stays loaded. p11-kit is not used: it crashes for a module without functions, and if
+// memory runs out.
+CK_FUNCTION_LIST& load(const std::string& aPath) {
+    errno = 0;
+    void* const library = dlopen(aPath.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr && errno == ENOMEM) throw std::bad_alloc();
+    if (library == nullptr) throw Failure(ErrorCode::NotReadable, aPath + ": " + dlerror());
+    const auto getFunctionList =
+        reinterpret_cast<CK_C_GetFunctionList>(dlsym(library, "C_GetFunctionList"));
+    if (getFunctionList == nullptr) {
+        throw Failure(ErrorCode::NotReadable, aPath + ": is not a PKCS#11 module");
+    }
+    CK_FUNCTION_LIST* list = nullptr;
+    requireSuccess(getFunctionList(&list), aPath, "C_GetFunctionList");
+    if (list == nullptr || !hasUsedFunctions(*list)) {
+        throw Failure(ErrorCode::BackEndFailed, aPath + ": the PKCS#11 module lacks functions");
+    }
+    return *list;
+}
+
+CK_RV initialize(CK_FUNCTION_LIST& aModule) {
+    CK_C_INITIALIZE_ARGS arguments = {};
+    arguments.flags = CKF_OS_LOCKING_OK;
+    return aModule.C_Initialize(&arguments);
 }
 
 // Loads the registered modules once in the process, since they stay loaded.
@@ -50,19 +103,12 @@ CK_FUNCTION_LIST** registeredModules() {
 } // namespace
 
 Modules Modules::loadFile(const std::string& aPath) {
-    std::error_code ignored; // reported when the module is loaded
-    if (!std::filesystem::exists(aPath, ignored) && !ignored) {
-        throw Failure(ErrorCode::NotFound, aPath + ": no such module");
-    }
-    p11_kit_be_quiet();
-    CK_FUNCTION_LIST* const module = p11_kit_module_load(aPath.c_str(), 0);
-    if (module == nullptr) {
-        throw Failure(ErrorCode::NotReadable, aPath + ": " + takeMessage());
-    }
+    checkFile(aPath);
     Modules modules;
     modules.mModules.reserve(1);
-    requireSuccess(p11_kit_module_initialize(module), aPath, "C_Initialize");
-    modules.mModules.push_back(module);
+    auto& module = load(aPath);
+    requireSuccess(initialize(module), aPath, "C_Initialize");
+    modules.mModules.push_back(&module);
     return modules;
 }
 
@@ -72,7 +118,7 @@ Modules Modules::loadRegistered(const std::optional<std::string>& aName) {
     for (auto** module = registered; *module != nullptr; ++module) {
         if (aName && !hasName(*module, *aName)) continue;
         modules.mModules.reserve(modules.mModules.size() + 1);
-        const CK_RV result = p11_kit_module_initialize(*module);
+        const CK_RV result = initialize(**module);
         if (aName) requireSuccess(result, *aName, "C_Initialize");
         if (result == CKR_OK) modules.mModules.push_back(*module);
     }
@@ -85,7 +131,7 @@ Modules Modules::loadRegistered(const std::optional<std::string>& aName) {
 }
 
 Modules::~Modules() {
-    for (auto* module : mModules) p11_kit_module_finalize(module);
+    for (auto* module : mModules) module->C_Finalize(nullptr);
 }
 
 } // namespace plugins

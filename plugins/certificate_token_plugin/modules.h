@@ -14,8 +14,8 @@ namespace plugins {
 class Modules {
 public:
     /// Loads the module in the file @p aPath. Throws Failure: NotFound "no such module";
-    /// NotReadable if it cannot be loaded; BackEndFailed if it cannot be initialised. The message
-    /// begins with the path.
+    /// NotReadable if it is not a regular file or cannot be loaded; BackEndFailed if it lacks
+    /// functions or cannot be initialised. The message begins with the path.
     static Modules loadFile(const std::string& aPath);
     /// Loads the modules that are registered in the system, with @p aName only initialising the one
     /// of this name. Those that cannot be loaded or initialised are left out. Throws Failure:

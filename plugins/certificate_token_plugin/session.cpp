@@ -5,6 +5,7 @@
 
 #include "plugins/common/certificate_text.h"
 #include "plugins/common/failure.h"
+#include "plugins/common/openssl/openssl_memory.h"
 
 #include <array>
 #include <string>
@@ -87,6 +88,7 @@ void Session::readCertificates(CertificateSource& aSource) const {
             aSource.certificates.push_back(readCertificate(object));
         } catch (const Failure& failure) {
             if (failure.getCode() != ErrorCode::InvalidCertificate) throw;
+            requireMemory(); // the certificate may be intact
             ++aSource.skipped;
         }
     }

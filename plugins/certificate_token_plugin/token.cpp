@@ -56,19 +56,28 @@ bool meets(const TokenRequest& aRequest, const CK_TOKEN_INFO& aInfo) {
            (!aRequest.uri || aRequest.uri->matches(aInfo));
 }
 
+void addTokens(std::vector<Token>& aTokens, CK_FUNCTION_LIST& aModule,
+               const TokenRequest& aRequest) {
+    for (const auto slot : slotsWithTokens(aModule)) {
+        CK_TOKEN_INFO info = {};
+        const auto result = aModule.C_GetTokenInfo(slot, &info);
+        if (isAbsent(result)) continue;
+        requireSuccess(result, "PKCS#11 module", "C_GetTokenInfo");
+        if (!meets(aRequest, info)) continue;
+        aTokens.push_back({&aModule, slot, info.flags, "token \"" + labelOf(info) + '"'});
+    }
+}
+
 } // namespace
 
 std::vector<Token> findTokens(const std::vector<CK_FUNCTION_LIST*>& aModules,
                               const TokenRequest& aRequest) {
     std::vector<Token> tokens;
     for (auto* module : aModules) {
-        for (const auto slot : slotsWithTokens(*module)) {
-            CK_TOKEN_INFO info = {};
-            const auto result = module->C_GetTokenInfo(slot, &info);
-            if (isAbsent(result)) continue;
-            requireSuccess(result, "PKCS#11 module", "C_GetTokenInfo");
-            if (!meets(aRequest, info)) continue;
-            tokens.push_back({module, slot, info.flags, "token \"" + labelOf(info) + '"'});
+        try {
+            addTokens(tokens, *module, aRequest);
+        } catch (const Failure&) {
+            if (aRequest.namesModule()) throw;
         }
     }
     return tokens;

@@ -24,7 +24,8 @@ struct Token {
 };
 
 /// Returns the initialised tokens that meet the request, in the order of @p aModules and of their
-/// slots. Throws Failure (BackEndFailed).
+/// slots. Tokens of a module that fails are left out if the request does not name a module. Throws
+/// Failure (BackEndFailed).
 std::vector<Token> findTokens(const std::vector<CK_FUNCTION_LIST*>& aModules,
                               const TokenRequest& aRequest);
 

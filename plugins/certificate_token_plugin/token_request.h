@@ -23,6 +23,8 @@ struct TokenRequest {
     bool allowFinalTry = false;
     std::chrono::seconds timeout{};
 
+    /// Returns whether the request selects one module.
+    bool namesModule() const { return modulePath || (uri && uri->getModuleName()); }
     /// Returns whether the request selects one token.
     bool namesToken() const { return tokenLabel || (uri && uri->namesToken()); }
 };

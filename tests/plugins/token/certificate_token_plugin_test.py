@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
 """Asks certificate_token_plugin, through certbridge, about a fake module, SoftHSM and the system's trust store.
 
-Usage: certificate_token_plugin_test.py CERTBRIDGE PLUGIN FAKE_MODULE CERTBRIDGE_CHECK
+Usage: certificate_token_plugin_test.py CERTBRIDGE PLUGIN FAKE_MODULE OTHER_LIBRARY CERTBRIDGE_CHECK
 """
 import os, pathlib, shutil, subprocess, sys, tempfile
 
@@ -9,7 +9,7 @@ sys.path.append(str(pathlib.Path(__file__).parent.parent))
 from certificates import CERTIFICATES, make, row_fails
 from table import read_rows
 
-CERTBRIDGE, PLUGIN, FAKE_MODULE, CERTBRIDGE_CHECK = (os.path.abspath(path) for path in sys.argv[1:5])
+CERTBRIDGE, PLUGIN, FAKE_MODULE, OTHER_LIBRARY, CERTBRIDGE_CHECK = map(os.path.abspath, sys.argv[1:])
 SOFTHSM = next(pathlib.Path("/usr/lib").rglob("libsofthsm2.so"), None)
 WRITE = "GNUTLS_PIN=1234 p11tool --provider SOFTHSM --batch --login --write 'pkcs11:token=card' --load-certificate "
 TOKENS = [  # "card" with a certificate, its issuer and one that only a login reveals; "other" with none
@@ -31,13 +31,17 @@ def prepare_tokens():
     return True
 
 
+def with_paths(text):
+    return text.replace("@fake", FAKE_MODULE).replace("@softhsm", str(SOFTHSM)).replace("@library", OTHER_LIBRARY)
+
+
 def run_row(row):
     os.environ["FAKE"] = row.pop("fake", "")
     return row_fails(row, [CERTBRIDGE, PLUGIN])
 
 
 def fails_the_checker():
-    os.environ["FAKE"] = "hides prints"
+    os.environ["FAKE"] = "hides prints forbids-login"
     pathlib.Path("check.json").write_text('{"action":"getCertificate","module":"%s"}' % FAKE_MODULE)
     run = subprocess.run([CERTBRIDGE_CHECK, "--request", "check.json", PLUGIN], capture_output=True, text=True)
     if run.returncode != 0:
@@ -47,12 +51,12 @@ def fails_the_checker():
 
 with tempfile.TemporaryDirectory() as folder:
     os.chdir(folder)
-    make(CERTIFICATES)
+    make(CERTIFICATES + ["mkfifo pipe", "echo > text"])
     (pathlib.Path("pin")).write_text("1234\n")
     os.chmod("pin", 0o600)
     os.environ["FAKE_CERTIFICATE"] = os.path.abspath("ec.der")
-    rows = [{key: value.decode().replace("@fake", FAKE_MODULE).replace("@softhsm", str(SOFTHSM))
-             for key, value in row.items()} for row in read_rows("certificate_token_plugin.txt")]
+    rows = [{key: with_paths(value.decode()) for key, value in row.items()}
+            for row in read_rows("certificate_token_plugin.txt")]
     has_tokens = prepare_tokens()
     failures = [row for row in rows if (has_tokens or not row.pop("softhsm", "")) and run_row(row)]
     sys.exit(len(failures) + fails_the_checker())

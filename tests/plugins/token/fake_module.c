@@ -28,6 +28,7 @@ static CK_RV initialize(void* aArguments) {
     if (fake("broken")) return CKR_DEVICE_ERROR;
     if (fake("unknown-error")) return CKR_VENDOR_DEFINED | 1;
     FILE* const file = fopen(getenv("FAKE_CERTIFICATE"), "rb");
+    if (file == NULL) return CKR_HOST_MEMORY;
     certificateSize = fread(certificate, 1, sizeof certificate, file);
     fclose(file);
     return CKR_OK;
@@ -81,7 +82,8 @@ static CK_RV closeSession(CK_SESSION_HANDLE aSession) {
 static CK_RV login(CK_SESSION_HANDLE aSession, CK_USER_TYPE aUser, unsigned char* aPin,
                    CK_ULONG aSize) {
     (void)aSession, (void)aUser;
-    if (logins++ > 0) abort(); // a second try may lock a real token
+    // A second try may lock a real token.
+    if (logins++ > 0 || fake("forbids-login")) abort();
     if (fake("refuses")) return CKR_PIN_LOCKED;
     if (fake("expired")) return CKR_PIN_EXPIRED;
     isLoggedIn = aSize == 4 && memcmp(aPin, "1234", 4) == 0;
@@ -159,6 +161,7 @@ CK_RV C_GetFunctionList(CK_FUNCTION_LIST** aList) {
         .C_FindObjectsFinal = findObjectsFinal,
         .C_GetAttributeValue = getAttributeValue,
     };
-    *aList = &functions;
-    return CKR_OK;
+    if (fake("incomplete")) functions.C_FindObjectsFinal = NULL;
+    *aList = fake("no-functions") ? NULL : &functions;
+    return fake("mute") ? CKR_GENERAL_ERROR : CKR_OK;
 }

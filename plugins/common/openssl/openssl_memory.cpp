@@ -4,16 +4,16 @@
 #include <openssl/crypto.h>
 #include <openssl/err.h>
 
+#include <atomic>
 #include <cstddef>
 #include <cstdlib>
 #include <new>
-#include <utility>
 
 namespace plugins {
 
 namespace {
 
-bool hasAllocationFailed = false;
+std::atomic<bool> hasAllocationFailed = false;
 
 // A request for no bytes returns null and has not failed.
 void* recorded(void* aBlock, std::size_t aSize) {
@@ -47,7 +47,7 @@ void recordFailedAllocations() {
 }
 
 void requireMemory() {
-    if (!std::exchange(hasAllocationFailed, false) && !isMemoryReported()) return;
+    if (!hasAllocationFailed.exchange(false) && !isMemoryReported()) return;
     ERR_clear_error();
     throw std::bad_alloc();
 }

@@ -1,0 +1,24 @@
+# SPDX-License-Identifier: MIT
+"""Asks certificate_token_plugin while allocations fail.
+
+Usage: token_allocation_faults_test.py FAILING_ALLOCATIONS PLUGIN FAKE_MODULE
+"""
+import os, pathlib, sys, tempfile
+
+sys.path.append(str(pathlib.Path(__file__).parent.parent))
+from certificates import CERTIFICATES, make
+from failing_allocations import COLD, fails_with_failing_allocations
+
+FAILING_ALLOCATIONS, PLUGIN, FAKE_MODULE = (os.path.abspath(path) for path in sys.argv[1:4])
+
+with tempfile.TemporaryDirectory() as folder:
+    os.chdir(folder)
+    make(CERTIFICATES)
+    os.environ["FAKE_CERTIFICATE"] = os.path.abspath("ec.der")
+    # Label, state of the library, stride, members of the request.
+    rows = [
+        ("first use of libcrypto", COLD, 11, {"module": FAKE_MODULE}),
+        ("search", "warm", 1, {"module": FAKE_MODULE, "label": "mine"}),
+        ("missing certificate", "warm", 3, {"module": FAKE_MODULE, "label": "yours"}),
+    ]
+    sys.exit(sum(fails_with_failing_allocations(row, [FAILING_ALLOCATIONS, PLUGIN]) for row in rows))
