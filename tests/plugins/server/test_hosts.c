@@ -30,6 +30,8 @@ int getaddrinfo(const char* aName, const char* aPort, const struct addrinfo* aHi
     if (strcmp(aName, "missing.test") == 0) return EAI_NONAME;
     if (strcmp(aName, "broken.test") == 0) return EAI_AGAIN;
     while (strcmp(aName, "slow.test") == 0) pause();
+    static int failures = 1; // only the first lookup in a process
+    if (strcmp(aName, "repeated.test") == 0 && failures-- > 0) return EAI_AGAIN;
     const char* const first = strcmp(aName, "second.test") == 0 ? "127.0.0.2" : "127.0.0.1";
     const int error = systemLookup()(first, aPort, aHints, aResult);
     if (error != 0 || strcmp(aName, "second.test") != 0) return error;
