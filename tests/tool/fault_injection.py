@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
 """Runs the program while allocations and writes fail, and with little address space.
 
-Usage: fault_injection.py PROGRAM PLUGIN FAILING_CALLS
+Usage: fault_injection.py PROGRAM PLUGIN FAILING_CALLS [OPTION_OF_UNITTEST...]
 """
 
 import errno
@@ -13,7 +13,7 @@ import sys
 import tempfile
 import unittest
 
-PROGRAM, PLUGIN, FAILING_CALLS = map(os.path.abspath, sys.argv[1:])
+PROGRAM, PLUGIN, FAILING_CALLS = map(os.path.abspath, sys.argv[1:4])
 REQUEST = (b'{"action":"getCertificate","list":[1,2.5,{"a":null}],'
            b'"response":"{\\"response\\":[{\\"name\\":\\"a\\",\\"value\\":[1.5,\\"b\\"]}]}"}')
 ANSWER = b'{"getCertificate":{"a":[1.5,"b"]}}\n'
@@ -99,4 +99,4 @@ class FaultInjection(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1])
+    unittest.main(argv=sys.argv[:1] + sys.argv[4:])

@@ -208,10 +208,10 @@ static void CERTBRIDGE_CALL getCertificate(Plugin* aThis, const char* aRequest,
                                            const char** aResponse, const char** aError) {
     (void)aThis;
     bool isResponse = answer(aRequest);
-    if (replyLength == sizeof(reply)) {
+    if (replyLength >= sizeof(reply)) {
         isResponse = fail(NotReadable, "", "the answer is too long");
     }
-    reply[replyLength] = '\0';
+    reply[replyLength < sizeof(reply) ? replyLength : sizeof(reply) - 1] = '\0';
     *(isResponse ? aResponse : aError) = reply;
 }
 
