@@ -19,7 +19,8 @@ namespace {
 using StoreHandle = std::unique_ptr<X509_STORE, FreeWith<X509_STORE_free>>;
 using VerificationHandle = std::unique_ptr<X509_STORE_CTX, FreeWith<X509_STORE_CTX_free>>;
 
-constexpr std::size_t maximumTrustFileSize = 16 * 1024 * 1024;
+// A system's bundle takes a quarter of a mebibyte.
+constexpr std::size_t maximumTrustFileSize = 4 * 1024 * 1024;
 
 void addTrustedCertificates(X509_STORE& aStore, const std::string& aText) {
     const BioHandle text(BIO_new_mem_buf(aText.data(), static_cast<int>(aText.size())));
