@@ -23,10 +23,11 @@ using nlohmann::ordered_json;
 template <typename Library>
 using TreeOf = decltype(Library::parse(std::string()));
 
+// Versions of clang-format break this line differently.
+// clang-format off
 template <typename Library>
-constexpr bool canClone = requires(const TreeOf<Library>& aTree) {
-    Library::clone(aTree);
-};
+constexpr bool canClone = requires(const TreeOf<Library>& aTree) { Library::clone(aTree); };
+// clang-format on
 
 template <typename Library>
 constexpr bool canReadStrings = requires(const TreeOf<Library>& aTree) {

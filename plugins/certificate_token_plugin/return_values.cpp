@@ -5,18 +5,15 @@
 
 #include <cstdio>
 #include <new>
+#include <utility>
 
 namespace plugins {
 
 namespace {
 
-struct NamedValue {
-    CK_RV value;
-    const char* name;
-};
+using NamedValue = std::pair<CK_RV, const char*>;
 
-#define NAMED(NAME)                                                                                \
-    { NAME, #NAME }
+#define NAMED(NAME) NamedValue(NAME, #NAME)
 
 // The values that functions for tokens, sessions, logins and objects return.
 constexpr NamedValue namedValues[] = {
@@ -63,8 +60,8 @@ constexpr NamedValue namedValues[] = {
 } // namespace
 
 std::string returnValueName(CK_RV aValue) {
-    for (const auto& named : namedValues) {
-        if (named.value == aValue) return named.name;
+    for (const auto& [value, name] : namedValues) {
+        if (value == aValue) return name;
     }
     char text[2 + 2 * sizeof aValue + 1];
     std::snprintf(text, sizeof text, "0x%08lX", aValue);

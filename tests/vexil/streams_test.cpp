@@ -47,10 +47,8 @@ TEST(MemoryInputStream, HasPositionsBeyond31BitsBut32BitsOnly) {
               "Overflow ByteRange: string too long");
 }
 
-#define CALL(aCall)                                                                                \
-    {                                                                                              \
-#aCall, [](Streams & s) { s.aCall; }                                                       \
-    }
+using Call = std::pair<const std::string, void (*)(Streams&)>;
+#define CALL(aCall) Call(#aCall, [](Streams& s) { s.aCall; })
 // clang-format off
 const std::map<std::string, void (*)(Streams&)> calls{
     CALL(in.read(nullptr, -1)), CALL(in.seek(-1)), CALL(in.seek(6)), CALL(in.seek64(-1)),

@@ -58,7 +58,7 @@ bool hasFloatingPointTraps() {
 }
 
 OutputState OutputState::inspect() {
-    struct stat status {};
+    struct stat status = {};
     if (fstat(STDOUT_FILENO, &status) != 0) return {0, 0, 0, false};
     return {status.st_dev, status.st_ino, fcntl(STDOUT_FILENO, F_GETFL), std::fwide(stdout, 0) > 0};
 }

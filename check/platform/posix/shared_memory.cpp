@@ -39,7 +39,7 @@ SharedMemory::SharedMemory(std::size_t aSize) : mState(std::make_unique<State>()
 
 SharedMemory::SharedMemory(const std::string& aName) : mState(std::make_unique<State>()) {
     mState->descriptor = std::stoi(aName);
-    struct stat status {};
+    struct stat status = {};
     if (fstat(mState->descriptor, &status) != 0) State::throwError();
     mState->size = static_cast<std::size_t>(status.st_size);
     mState->map();
