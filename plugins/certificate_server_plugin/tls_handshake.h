@@ -32,7 +32,7 @@ struct TlsServer {
 /// server that then refuses the handshake has already shown its certificate.
 ///
 /// Throws Failure: NoTls; TlsAlert with the name of the alert; TimedOut; InvalidCertificate if the
-/// server shows none; InternalError; and std::bad_alloc.
+/// server shows none; and std::bad_alloc.
 TlsServer performHandshake(Connection& aConnection, const TlsOffer& aOffer);
 
 } // namespace plugins

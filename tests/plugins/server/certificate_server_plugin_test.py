@@ -74,6 +74,11 @@ def has_ipv6():
         return False
 
 
+def with_decrypt_error(data, offset):
+    """Replaces the alert "handshake failure"."""
+    yield data.replace(b"\x15\x03\x03\0\x02\x02\x28", b"\x15\x03\x03\0\x02\x02\x33")
+
+
 def start_servers(servers):
     for name, arguments in OPENSSL_SERVERS.items():
         servers.openssl(name, arguments)
@@ -81,6 +86,7 @@ def start_servers(servers):
     servers.serve("tls_1_3", handshake)
     servers.serve("tls_1_2", tls("rsa.pem", "rsa.key", ssl.TLSVersion.TLSv1_2))
     servers.serve("bytewise", relay(servers.ports["www"], bytewise))
+    servers.serve("distrusting", relay(servers.ports["requiring_1_2"], with_decrypt_error))
     servers.serve("silent", wait_for_close)
     servers.serve("dripping", drip)
     servers.serve("resetting", reset)
