@@ -25,11 +25,11 @@ void loadPluginLibrary(FailurePort& aPort, vexil::DynamicLibrary& aLibrary,
                        const char* aLibraryName);
 
 /// Finds the export of a loaded library. Reports "cannot get DLL's GetPlugin function", code 100.
-GetPluginFunction findGetPlugin(FailurePort& aPort, vexil::DynamicLibrary& aLibrary);
+[[nodiscard]] GetPluginFunction findGetPlugin(FailurePort& aPort, vexil::DynamicLibrary& aLibrary);
 
 /// Calls the export. Reports a null result with code 100 as
 /// "no plugin object from DLL's GetPlugin function". Exceptions of the plugin pass through.
-Plugin& getPluginObject(FailurePort& aPort, GetPluginFunction aGetPlugin);
+[[nodiscard]] Plugin& getPluginObject(FailurePort& aPort, GetPluginFunction aGetPlugin);
 
 /// Asks for the plugin's type, once. Reports a type other than 1 as "wrong plugin type", code 100.
 /// Exceptions of the plugin pass through.
@@ -42,11 +42,11 @@ struct PluginTexts {
 };
 
 /// Sends the request text and returns the plugin's texts. Exceptions of the plugin pass through.
-PluginTexts callPlugin(Plugin& aPlugin, const std::string& aRequestText);
+[[nodiscard]] PluginTexts callPlugin(Plugin& aPlugin, const std::string& aRequestText);
 
 /// Returns the reply that counts: the error text if it is set, else the response. Reports a plugin
 /// that has set neither as "no output from plugin's getCertificate()", code 100.
-Reply selectReply(FailurePort& aPort, const PluginTexts& aTexts);
+[[nodiscard]] Reply selectReply(FailurePort& aPort, const PluginTexts& aTexts);
 
 /// Loads the plugin library @p aLibraryName, sends the plugin every member of the object @p
 /// aRequest except "action", and prints its reply through the port. Returns only after a response

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "certbridge/name_value_list.h"
 
+#include "vexil/assert.h"
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -19,6 +21,7 @@ const JsonValue* findMember(const JsonValue* aValue, const char* aName) {
 }
 
 void appendMember(ValueHolder& aObjectHolder, const char* aName, ValueHolder& aValueHolder) {
+    VEXIL_ASSERT(aObjectHolder && aName && aValueHolder);
     ValueHolder name(JsonValue::createString(aName));
     aObjectHolder->appendNameAndValue(name.get(), aValueHolder.get());
     // Only now are both owned by the object: had it thrown, the holders would still own them.
@@ -32,6 +35,7 @@ void appendMember(ValueHolder& aObjectHolder, const char* aName, JsonValue* aVal
 }
 
 void appendNameValue(ValueHolder& aArrayHolder, const char* aName, JsonValue* aValue) {
+    VEXIL_ASSERT(aArrayHolder);
     ValueHolder value(aValue);
     ValueHolder element(JsonValue::createObject());
     appendMember(element, "name", JsonValue::createString(aName));

@@ -6,9 +6,10 @@
 #include <memory>
 
 // Member lookup, and documents made of name/value lists: arrays of objects with the members "name"
-// (a string) and "value" (of any type), in this order. Names and texts are NUL-terminated UTF-8.
+// (a string) and "value" (of any type), in this order. Names and texts are NUL-terminated UTF-8. No
+// argument is null or an empty holder, except that of findMember().
 //
-// The operations check nothing: exceptions of the values (UnsupportedFunction for a value of the
+// No kind of value is checked: exceptions of the values (UnsupportedFunction for a value of the
 // wrong kind, std::length_error for a full container) and std::bad_alloc pass through. After a
 // failure the object or array is unchanged; a value passed as a pointer has been destroyed, one
 // passed in a holder is still there.

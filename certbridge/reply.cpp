@@ -3,6 +3,7 @@
 
 #include "certbridge/failure_port.h"
 #include "certbridge/parse_document.h"
+#include "vexil/assert.h"
 
 #include <string>
 #include <string_view>
@@ -47,6 +48,7 @@ std::optional<AlteredElement::Reason> translateElement(const JsonValue& aElement
 } // namespace
 
 ReplyResult translateReply(FailurePort& aPort, const Reply& aReply) {
+    VEXIL_ASSERT(aReply.text);
     const ReplyMode& mode = aReply.mode;
     ReplyResult reply;
     reply.tree = parseDocument(aPort, EnvironmentError, aReply.text);

@@ -51,4 +51,4 @@ struct ReplyResult {
 /// - with code 102: "invalid or missing \"%s\" member" and
 ///   "element %u of \"%s\" is not a structure object".
 /// Throws std::bad_alloc.
-ReplyResult translateReply(FailurePort& aPort, const Reply& aReply);
+[[nodiscard]] ReplyResult translateReply(FailurePort& aPort, const Reply& aReply);

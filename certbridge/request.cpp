@@ -2,6 +2,7 @@
 #include "certbridge/request.h"
 
 #include "certbridge/failure_port.h"
+#include "vexil/assert.h"
 
 #include <cstdint>
 
@@ -13,6 +14,7 @@ namespace {
 constexpr const char* actionName = "action";
 
 ValueHolder makeRequestList(const JsonValue& aRequest) {
+    VEXIL_ASSERT(aRequest.getType() == JsonType::Object);
     ValueHolder list(JsonValue::createArray());
     for (std::uint32_t index = 0; index < aRequest.getSize(); ++index) {
         // Compared as a whole: a name such as "action\0" is not the action.

@@ -13,4 +13,4 @@
 /// "code"
 ///   and "message" that callers read.
 /// Returns a note for the report, usually empty.
-std::string checkReply(const PluginTexts& aTexts);
+[[nodiscard]] std::string checkReply(const PluginTexts& aTexts);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "check/request_shrinker.h"
 
+#include "vexil/assert.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -108,6 +110,7 @@ Candidates simplify(const JsonValue& aValue) {
 } // namespace
 
 ValueHolder shrinkRequest(const JsonValue& aRequest, int aMaxTests, const FailureTest& aFails) {
+    VEXIL_ASSERT(aRequest.getType() == JsonType::Object);
     ValueHolder smallest(aRequest.clone());
     for (bool isSimplified = true; isSimplified;) {
         isSimplified = false;

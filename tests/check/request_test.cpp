@@ -50,6 +50,16 @@ INSTANTIATE_TEST_SUITE_P(
                                    R"({"a":1,"a":null})"}),
     [](const auto& aRow) { return std::string(aRow.param.name); });
 
+TEST(RequestShrinker, GoesOnWithTheFirstSimplerRequestThatFails) {
+    std::string tested;
+    const auto fails = [&](const auto& aRequest) {
+        tested += writeText(aRequest);
+        return true;
+    };
+    EXPECT_EQ(writeText(*shrinkRequest(*parseText(R"({"a":1,"b":2})"), 9, fails)), "{}");
+    EXPECT_EQ(tested, R"({"b":2}{})");
+}
+
 TEST(RequestShrinker, StopsAtTheLimitOfTests) {
     int tests = 0;
     const auto smallest =

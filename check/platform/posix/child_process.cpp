@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "check/platform/child_process.h"
 
+#include "vexil/assert.h"
+
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -161,6 +163,7 @@ void ChildProcess::readOutput(std::string& aOutput) {
 }
 
 std::string ChildProcess::describeEnd() const {
+    VEXIL_ASSERT(mState->hasEnded);
     const int status = mState->status;
     if (WIFSIGNALED(status)) {
         const int signal = WTERMSIG(status);
