@@ -1,10 +1,11 @@
 # SPDX-License-Identifier: MIT
 """Runs a client module against plugins that answer, fail, print, crash or hang.
 
-Usage: client_test.py python|asyncio|node PROGRAM FIXTURE_PLUGIN
+Usage: client_test.py python|asyncio|node PROGRAM FIXTURE_PLUGIN VERSION
 """
 
 import ast
+import importlib.util
 import json
 import os
 import pathlib
@@ -14,13 +15,17 @@ import sys
 import tempfile
 import time
 import unittest
+import zipfile
 
+from confinement import CONDITIONS, skip_unless_possible, write_condition, write_program
 from named_tests import add_tests
 
 KIND = sys.argv[1]
 PROGRAM, FIXTURE = (str(pathlib.Path(path).resolve()) for path in sys.argv[2:4])
+VERSION = sys.argv[4]
 TESTS = pathlib.Path(__file__).resolve().parent
-CLIENTS = TESTS.parents[1] / "clients"
+SOURCE = TESTS.parents[1]
+CLIENTS = SOURCE / "clients"
 DRIVERS = {
     "python": [sys.executable, "-B", TESTS / "driver.py"],
     "asyncio": [sys.executable, "-B", TESTS / "driver.py", "asyncio"],
@@ -79,18 +84,6 @@ MISSING = {
     "name_too_long": ("/" + "x" * 200000, PROGRAM, "NotFound: cannot run"),
 }
 
-# Condition that a confined program evaluates. {secret} is a file.
-CONFINED = {
-    "other_files_are_hidden": ("! test -e {secret}", False),
-    "named_files_are_readable": ("grep -q secret {secret}", True),
-    "named_files_are_read_only": ("! (echo x > {secret}) 2>/dev/null", True),
-    "root_is_read_only": ("! mkdir /new 2>/dev/null", False),
-    "only_the_loopback_interface_exists": ("test $(grep -c : /proc/net/dev) = 1", False),
-    "environment_is_empty": ('test -z "$SECRET_VARIABLE"', False),
-    "memory_is_limited": ("test $(ulimit -v) = 1048576", False),
-    "processor_time_is_limited": ("test $(ulimit -t) = 30", False),
-}
-
 # Arguments, standard input, exit status and standard error of the command.
 COMMANDS = {
     "help": (["--help"], "", 0, ""),
@@ -140,10 +133,7 @@ class ClientTest(unittest.TestCase):
             self.assertRegex(answer.get("error", ""), "^" + expected)
 
     def use_script(self, text):
-        program = self.folder / "certbridge"
-        program.write_text(f"#!/bin/sh\ncat > /dev/null\n{text}\n")
-        program.chmod(0o755)
-        self.environment["CERTBRIDGE_PROGRAM"] = str(program)
+        self.environment["CERTBRIDGE_PROGRAM"] = str(write_program(self.folder, text))
 
 
 class Behaviours(ClientTest):
@@ -194,18 +184,11 @@ class Confined(ClientTest):
 
     def setUp(self):
         super().setUp()
-        for command in ("bwrap", "prlimit"):
-            if not shutil.which(command):
-                self.skipTest(f"{command} is not installed")
-        trial = ["bwrap", "--unshare-all", "--ro-bind", "/", "/", "true"]
-        if subprocess.run(trial, stderr=subprocess.DEVNULL).returncode:
-            self.skipTest("this system does not permit bwrap to create namespaces")
+        skip_unless_possible(self, "prlimit")
 
     def check_condition(self, condition, is_named):
-        secret = self.folder / "secret"
-        secret.write_text("secret")
-        condition = condition.format(secret=secret)
-        self.use_script(f"""if {condition}; then echo '{{"getCertificate":{{}}}}'; else exit 9; fi""")
+        program, secret = write_condition(self.folder, condition)
+        self.environment["CERTBRIDGE_PROGRAM"] = str(program)
         self.expect({}, confine={"files": [str(secret)] if is_named else []})
 
     def test_plugin_answers(self):
@@ -219,7 +202,7 @@ class Confined(ClientTest):
 
 
 class Commands(ClientTest):
-    """The command of the Python module."""
+    """The command, the syntax and the wheel of the Python module."""
 
     def check_command(self, arguments, text, status, message):
         run = self.run_command([sys.executable, "-Bm", "certbridge", *arguments], text)
@@ -237,6 +220,35 @@ class Commands(ClientTest):
             with self.subTest(source.name):
                 ast.parse(source.read_text(encoding="utf-8"), feature_version=(3, 9))
 
+    @unittest.skipUnless(
+        importlib.util.find_spec("setuptools") and importlib.util.find_spec("wheel"), "needs setuptools and wheel"
+    )
+    def test_wheel_contains_the_package(self):
+        copy = self.folder / "clients/python"
+        shutil.copytree(CLIENTS / "python", copy, ignore=shutil.ignore_patterns("__pycache__"))
+        shutil.copy(SOURCE / "CMakeLists.txt", self.folder)
+        build = "import setuptools.build_meta as backend; backend.build_wheel('.')"
+        subprocess.run([sys.executable, "-c", build], cwd=copy, check=True, capture_output=True)
+        names = zipfile.ZipFile(copy / f"certbridge-{VERSION}-py3-none-any.whl").namelist()
+        files = {f"certbridge/{path.name}" for path in (copy / "certbridge").iterdir()}
+        self.assertEqual({name for name in names if name.startswith("certbridge/")}, files)
+
+
+class Package(ClientTest):
+    """The package of the Node.js module."""
+
+    def test_version_is_that_of_the_project(self):
+        package = json.loads((CLIENTS / "node/package.json").read_text(encoding="utf-8"))
+        self.assertEqual(package["version"], VERSION)
+
+    @unittest.skipUnless(shutil.which("npm"), "npm is not installed")
+    def test_archive_contains_the_module(self):
+        pack = ["npm", "pack", "--dry-run", "--json", CLIENTS / "node"]
+        archive, = json.loads(self.run_command(pack, "").stdout)
+        packed = {entry["path"] for entry in archive["files"]}
+        files = (path for path in (CLIENTS / "node").rglob("*") if path.is_file())
+        self.assertEqual(packed, {str(path.relative_to(CLIENTS / "node")) for path in files})
+
 
 if not shutil.which(DRIVERS[KIND][0]):
     print(f"skipped: {DRIVERS[KIND][0]} is not installed")
@@ -244,8 +256,10 @@ if not shutil.which(DRIVERS[KIND][0]):
 add_tests(Behaviours, "check_behaviour", BEHAVIOURS)
 add_tests(Programs, "check_program", PROGRAMS)
 add_tests(Missing, "check_missing", MISSING)
-add_tests(Confined, "check_condition", CONFINED)
+add_tests(Confined, "check_condition", CONDITIONS)
 add_tests(Commands, "check_command", COMMANDS)
 if KIND != "python":
     del Commands
+if KIND != "node":
+    del Package
 unittest.main(argv=sys.argv[:1])
