@@ -55,19 +55,24 @@ std::string requestText() {
            R"({"name":"chain","value":true}]})";
 }
 
-/// The value of a name in a list of objects with "name" and "value"; null if there is none.
-const JsonValue* findNamed(const JsonValue& aList, std::string_view aName) {
-    for (std::uint32_t i = 0; i < aList.getSize(); ++i) {
-        const auto* const element = aList.getValueAt(i);
-        if (element->findFirst("name")->getString() == aName) return element->findFirst("value");
-    }
-    return nullptr;
+const JsonValue& memberOf(const JsonValue& aObject, const char* aName) {
+    const auto* const value = aObject.findFirst(aName);
+    require(value != nullptr, aName);
+    return *value;
 }
 
 const std::string& textOf(const JsonValue& aObject, const char* aName) {
-    const auto* const value = aObject.findFirst(aName);
-    require(value != nullptr && value->getType() == JsonType::String, aName);
-    return value->getString();
+    const auto& value = memberOf(aObject, aName);
+    require(value.getType() == JsonType::String, aName);
+    return value.getString();
+}
+
+/// The value of a name in a list of objects with "name" and "value".
+const JsonValue& namedValue(const JsonValue& aList, std::string_view aName) {
+    std::uint32_t i = 0;
+    while (i < aList.getSize() && textOf(*aList.getValueAt(i), "name") != aName) ++i;
+    require(i < aList.getSize(), "a list has the name");
+    return memberOf(*aList.getValueAt(i), "value");
 }
 
 bool isUpperHex(char aCharacter) {
@@ -123,27 +128,24 @@ std::string fingerprintOf(const std::string& aPem) {
 
 void checkPublicKey(const JsonValue& aCertificate) {
     require(!textOf(aCertificate, "publicKeyAlgorithm").empty(), "a key has an algorithm");
-    const auto* const bits = aCertificate.findFirst("publicKeyBits");
-    require(bits != nullptr, "publicKeyBits");
-    require(bits->getType() == JsonType::Null || bits->getInteger() >= 0, "a key has a size");
+    const auto& bits = memberOf(aCertificate, "publicKeyBits");
+    require(bits.getType() == JsonType::Null || bits.getInteger() >= 0, "a key has a size");
 }
 
 void checkAlternativeNames(const JsonValue& aCertificate) {
-    const auto* const names = aCertificate.findFirst("subjectAlternativeNames");
-    require(names != nullptr, "subjectAlternativeNames");
-    for (std::uint32_t i = 0; i < names->getSize(); ++i) {
-        require(isAlternativeName(names->getValueAt(i)->getString()), "a name has a kind");
+    const auto& names = memberOf(aCertificate, "subjectAlternativeNames");
+    for (std::uint32_t i = 0; i < names.getSize(); ++i) {
+        require(isAlternativeName(names.getValueAt(i)->getString()), "a name has a kind");
     }
 }
 
 /// The issuers in "chain", each with the fingerprint of its PEM text and the name of the issuer of
 /// the certificate before it.
 void checkChain(const JsonValue& aCertificate) {
-    const auto* const chain = aCertificate.findFirst("chain");
-    require(chain != nullptr, "chain");
+    const auto& chain = memberOf(aCertificate, "chain");
     const auto* issued = &aCertificate;
-    for (std::uint32_t i = 0; i < chain->getSize(); ++i) {
-        const auto& issuer = *chain->getValueAt(i);
+    for (std::uint32_t i = 0; i < chain.getSize(); ++i) {
+        const auto& issuer = *chain.getValueAt(i);
         require(textOf(issuer, "subject") == textOf(*issued, "issuer"), "names form a chain");
         require(textOf(issuer, "sha256Fingerprint") == fingerprintOf(textOf(issuer, "pem")),
                 "the fingerprint of an issuer is that of its PEM text");
@@ -171,9 +173,9 @@ void checkForms(const JsonValue& aCertificate) {
 void checkError(const JsonValue& aError) {
     constexpr int invalidCertificate = 4;
     constexpr int wrongPassword = 5;
-    const auto code = findNamed(aError, "errorCode")->getInteger();
+    const auto code = namedValue(aError, "errorCode").getInteger();
     require(code == invalidCertificate || code == wrongPassword, "an error has one of two codes");
-    const auto& message = findNamed(aError, "erroMessage")->getString();
+    const auto& message = namedValue(aError, "erroMessage").getString();
     require(message.starts_with(sharedFile().getName() + ": "), "a message names the file");
 }
 
@@ -188,22 +190,16 @@ JsonTree ask(std::string_view aContent) {
     return parseText(response != nullptr ? response : error);
 }
 
-/// The certificates in the answer; null for an error.
-const JsonValue* certificatesIn(const JsonValue& aReply) {
-    const auto* const response = aReply.findFirst("response");
-    return response == nullptr ? nullptr : findNamed(*response, "certificates");
-}
-
 /// The PEM text describes the same certificate; a label, an id and issuers are not part of it.
 void checkPem(const JsonValue& aCertificate) {
     const auto reply = ask(textOf(aCertificate, "pem"));
-    const auto* const certificates = certificatesIn(*reply);
-    require(certificates != nullptr && certificates->getSize() == 1, "the PEM text is one file");
-    const auto& again = *certificates->getValueAt(0);
+    const auto& certificates = namedValue(memberOf(*reply, "response"), "certificates");
+    require(certificates.getSize() == 1, "the PEM text is one certificate");
+    const auto& again = *certificates.getValueAt(0);
     for (std::uint32_t i = 0; i < again.getSize(); ++i) {
         const auto& name = again.getNameAt(i)->getString();
         if (name == "chain") continue;
-        require(writeText(*again.getValueAt(i)) == writeText(*aCertificate.findFirst(name.c_str())),
+        require(writeText(*again.getValueAt(i)) == writeText(memberOf(aCertificate, name.c_str())),
                 "the PEM text has the same members");
     }
 }
@@ -212,15 +208,15 @@ void checkPem(const JsonValue& aCertificate) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* aData, std::size_t aSize) {
     const auto reply = ask({reinterpret_cast<const char*>(aData), aSize});
-    const auto* const certificates = certificatesIn(*reply);
-    if (certificates == nullptr) {
-        checkError(*reply->findFirst("error"));
+    if (const auto* const error = reply->findFirst("error")) {
+        checkError(*error);
         return 0;
     }
-    require(certificates->getSize() > 0, "a list is not empty");
-    for (std::uint32_t i = 0; i < certificates->getSize(); ++i) {
-        checkForms(*certificates->getValueAt(i));
+    const auto& certificates = namedValue(memberOf(*reply, "response"), "certificates");
+    require(certificates.getSize() > 0, "a list is not empty");
+    for (std::uint32_t i = 0; i < certificates.getSize(); ++i) {
+        checkForms(*certificates.getValueAt(i));
     }
-    checkPem(*certificates->getValueAt(0));
+    checkPem(*certificates.getValueAt(0));
     return 0;
 }
