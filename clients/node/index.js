@@ -3,7 +3,7 @@
 
 const { readAnswer, writeRequest } = require("./lib/answer");
 const { confinedCommand } = require("./lib/confinement");
-const errors = require("./lib/errors");
+const { CertbridgeError, FatalError, NoAnswer, NotFound, PluginError, TimedOut } = require("./lib/errors");
 const { findPlugin, findProgram } = require("./lib/locate");
 const { run } = require("./lib/process");
 
@@ -27,12 +27,5 @@ async function getCertificate(plugin, members = {}, options = {}) {
     return readAnswer(await run(command, request, { ...limits, signal: options.signal }));
 }
 
-module.exports = {
-    getCertificate,
-    CertbridgeError: errors.CertbridgeError,
-    FatalError: errors.FatalError,
-    NoAnswer: errors.NoAnswer,
-    NotFound: errors.NotFound,
-    PluginError: errors.PluginError,
-    TimedOut: errors.TimedOut,
-};
+// Shorthand names only, from which Node.js derives the names that an ES module can import.
+module.exports = { getCertificate, CertbridgeError, FatalError, NoAnswer, NotFound, PluginError, TimedOut };

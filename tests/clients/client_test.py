@@ -9,6 +9,7 @@ import importlib.util
 import json
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import sys
@@ -240,6 +241,15 @@ class Package(ClientTest):
     def test_version_is_that_of_the_project(self):
         package = json.loads((CLIENTS / "node/package.json").read_text(encoding="utf-8"))
         self.assertEqual(package["version"], VERSION)
+
+    def test_declared_names_can_be_imported(self):
+        declarations = (CLIENTS / "node/index.d.ts").read_text(encoding="utf-8")
+        names = ", ".join(re.findall(r"^export (?:class|function) (\w+)", declarations, re.MULTILINE))
+        (self.folder / "import.mjs").write_text(
+            f'import {{ {names} }} from "{CLIENTS / "node/index.js"}";\nconsole.log([{names}].length);\n'
+        )
+        run = self.run_command(["node", "import.mjs"], "")
+        self.assertEqual((run.returncode, run.stdout), (0, "7\n"), run.stderr)
 
     @unittest.skipUnless(shutil.which("npm"), "npm is not installed")
     def test_archive_contains_the_module(self):
