@@ -8,6 +8,7 @@
 #include "vexil/platform/platform.h"
 
 #include <cstdint>
+#include <utility>
 
 using vexil::DynamicLibrary;
 using vexil::JsonValue;
@@ -22,6 +23,11 @@ Plugin& loadPlugin(FailurePort& aPort, DynamicLibrary& aLibrary, const char* aLi
     Plugin& plugin = getPluginObject(aPort, findGetPlugin(aPort, aLibrary));
     requireCertificatePlugin(aPort, plugin);
     return plugin;
+}
+
+// Releases the text, which may be large, once it is parsed.
+ValueHolder parseRequest(FailurePort& aPort, std::string aText) {
+    return parseDocument(aPort, ContentError, aText);
 }
 
 // Returns after a response, with everything but the library released.
@@ -93,8 +99,8 @@ void performGetCertificate(FailurePort& aPort, const JsonValue& aRequest,
     }
 }
 
-void serveRequest(FailurePort& aPort, const std::string& aRequestText, const char* aLibraryName) {
-    const ValueHolder request = parseDocument(aPort, ContentError, aRequestText);
+void serveRequest(FailurePort& aPort, std::string aRequestText, const char* aLibraryName) {
+    const ValueHolder request = parseRequest(aPort, std::move(aRequestText));
     validateRequest(aPort, *request);
     performGetCertificate(aPort, *request, aLibraryName);
 }

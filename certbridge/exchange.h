@@ -56,6 +56,6 @@ struct PluginTexts {
 void performGetCertificate(FailurePort& aPort, const vexil::JsonValue& aRequest,
                            const char* aLibraryName);
 
-/// Serves one caller: parses and validates @p aRequestText and performs the exchange that it asks
-/// for. Returns as performGetCertificate() does.
-void serveRequest(FailurePort& aPort, const std::string& aRequestText, const char* aLibraryName);
+/// Serves one caller: parses @p aRequestText, releases it, validates the request and performs the
+/// exchange that it asks for. Returns as performGetCertificate() does.
+void serveRequest(FailurePort& aPort, std::string aRequestText, const char* aLibraryName);

@@ -4,10 +4,12 @@
 #include "certbridge/failure_port.h"
 #include "certbridge/parse_document.h"
 #include "vexil/assert.h"
+#include "vexil/json/json_tree_builder.h"
 
 #include <string>
 #include <string_view>
 
+using vexil::JsonTreeBuilder;
 using vexil::JsonType;
 using vexil::JsonValue;
 
@@ -29,9 +31,9 @@ const char* translateErrorKey(const char* aKey) {
     return aKey;
 }
 
-// Appends the member of one element to the result. Returns the reason if it is skipped or altered.
+// Adds the member of one element to the result. Returns the reason if it is skipped or altered.
 std::optional<AlteredElement::Reason> translateElement(const JsonValue& aElement, bool aIsError,
-                                                       ValueHolder& aResult) {
+                                                       JsonTreeBuilder& aResult) {
     const JsonValue* const name = findMember(&aElement, "name");
     const JsonValue* const value = findMember(&aElement, "value");
     if (!name) return AlteredElement::NameMissing;
@@ -40,7 +42,8 @@ std::optional<AlteredElement::Reason> translateElement(const JsonValue& aElement
 
     const std::string& key = name->getString();
     const char* const resultKey = aIsError ? translateErrorKey(key.c_str()) : key.c_str();
-    appendMember(aResult, resultKey, value->clone());
+    aResult.addString(resultKey); // up to its first NUL
+    aResult.addCopy(*value);
     if (key.find('\0') != std::string::npos) return AlteredElement::NameContainsNul;
     return std::nullopt;
 }
@@ -53,17 +56,21 @@ ReplyResult translateReply(FailurePort& aPort, const Reply& aReply) {
     ReplyResult reply;
     reply.tree = parseDocument(aPort, EnvironmentError, aReply.text);
     const JsonValue& list = findList(aPort, *reply.tree, mode.listName);
-    ValueHolder result(JsonValue::createObject());
+    JsonTreeBuilder document;
+    document.beginObject();
+    document.addString(mode.resultKey);
+    document.beginObject();
     for (std::uint32_t index = 0; index < list.getSize(); ++index) {
         const JsonValue& element = *list.getValueAt(index);
         if (element.getType() != JsonType::Object) {
             aPort.fatalErrorFormat(ContentError, "element %u of \"%s\" is not a structure object",
                                    index, mode.listName);
         }
-        const auto reason = translateElement(element, mode.isError, result);
+        const auto reason = translateElement(element, mode.isError, document);
         if (reason && !reply.firstAltered) reply.firstAltered = {index, *reason};
     }
-    reply.document.reset(JsonValue::createObject());
-    appendMember(reply.document, mode.resultKey, result);
+    document.end();
+    document.end();
+    reply.document = document.take();
     return reply;
 }

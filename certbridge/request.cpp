@@ -3,9 +3,12 @@
 
 #include "certbridge/failure_port.h"
 #include "vexil/assert.h"
+#include "vexil/json/json_tree_builder.h"
 
 #include <cstdint>
+#include <string>
 
+using vexil::JsonTreeBuilder;
 using vexil::JsonType;
 using vexil::JsonValue;
 
@@ -13,23 +16,30 @@ namespace {
 
 constexpr const char* actionName = "action";
 
-ValueHolder makeRequestList(const JsonValue& aRequest) {
+void addElement(JsonTreeBuilder& aBuilder, const std::string& aName, const JsonValue& aValue) {
+    aBuilder.beginObject();
+    aBuilder.addString("name");
+    aBuilder.addString(aName.c_str()); // up to its first NUL
+    aBuilder.addString("value");
+    aBuilder.addCopy(aValue);
+    aBuilder.end();
+}
+
+ValueHolder makeEnvelope(const JsonValue& aRequest) {
     VEXIL_ASSERT(aRequest.getType() == JsonType::Object);
-    ValueHolder list(JsonValue::createArray());
+    JsonTreeBuilder builder;
+    builder.beginObject();
+    builder.addString("request");
+    builder.beginArray();
     for (std::uint32_t index = 0; index < aRequest.getSize(); ++index) {
         // Compared as a whole: a name such as "action\0" is not the action.
         const JsonValue* const name = aRequest.getNameAt(index);
         if (name->getType() != JsonType::String || name->getString() == actionName) continue;
-        appendNameValue(list, name->getString().c_str(), aRequest.getValueAt(index)->clone());
+        addElement(builder, name->getString(), *aRequest.getValueAt(index));
     }
-    return list;
-}
-
-ValueHolder makeEnvelope(const JsonValue& aRequest) {
-    ValueHolder list = makeRequestList(aRequest);
-    ValueHolder envelope(JsonValue::createObject());
-    appendMember(envelope, "request", list);
-    return envelope;
+    builder.end();
+    builder.end();
+    return builder.take();
 }
 
 } // namespace

@@ -12,7 +12,6 @@ namespace vexil {
 
 namespace {
 
-constexpr std::size_t firstBlockSize = 1024;
 constexpr std::size_t maxBlockSize = 256 * 1024;
 
 constexpr std::size_t roundUp(std::size_t aBytes) {
@@ -23,14 +22,16 @@ constexpr std::size_t rootOffset = roundUp(sizeof(Arena));
 constexpr std::size_t rootEnd = rootOffset + roundUp(Arena::maxRootSize);
 static_assert(alignof(Arena) <= Arena::alignment);
 static_assert(Arena::alignment <= __STDCPP_DEFAULT_NEW_ALIGNMENT__);
-static_assert(rootEnd < firstBlockSize);
 
 } // namespace
 
 // The first block begins with the arena itself, followed by the memory of the root.
-Arena::Owner Arena::create() {
-    char* const block = static_cast<char*>(::operator new(firstBlockSize));
-    return Owner(new (block) Arena(block + rootEnd, block + firstBlockSize, 2 * firstBlockSize));
+Arena::Owner Arena::create(std::size_t aExpectedSize) {
+    VEXIL_ASSERT(aExpectedSize <= SIZE_MAX / 4);
+    const std::size_t size = rootEnd + roundUp(aExpectedSize);
+    char* const block = static_cast<char*>(::operator new(size));
+    return Owner(new (block)
+                     Arena(block + rootEnd, block + size, std::min(2 * size, maxBlockSize)));
 }
 
 void* Arena::getRootMemory() noexcept {
@@ -44,7 +45,7 @@ Arena* Arena::ofRoot(void* aRoot) noexcept {
 
 void Arena::release(Arena* aArena) noexcept {
     VEXIL_ASSERT(aArena != nullptr);
-    if (!aArena->mHasOutsideChildren) aArena->destroyLongStrings();
+    aArena->destroyLongStrings();
     for (Block* block = aArena->mBlocks; block != nullptr;) {
         Block* const next = block->next;
         ::operator delete(block);

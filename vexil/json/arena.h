@@ -19,7 +19,7 @@ class JsonValue;
 ///
 /// The arena destroys the long strings in it and runs no other destructors: no other value in it
 /// owns memory from elsewhere, unless a container has received children from outside. Then all
-/// values have to be destroyed one by one before the arena is released.
+/// values but its strings have to be destroyed before the arena is released.
 class Arena : private NonCopyable {
 public:
     struct Release {
@@ -32,14 +32,15 @@ public:
     /// Maximum size of the root in bytes.
     static constexpr std::size_t maxRootSize = 32;
 
-    /// Throws std::bad_alloc.
-    [[nodiscard]] static Owner create();
+    /// An arena with memory for about @p aExpectedSize bytes besides the root; it grows as
+    /// required. Throws std::bad_alloc.
+    [[nodiscard]] static Owner create(std::size_t aExpectedSize);
 
     /// Returns @p aBytes bytes that live as long as the arena. Throws std::bad_alloc.
     [[nodiscard]] void* allocate(std::size_t aBytes);
 
-    /// Creates a string value that holds memory outside the arena; the arena destroys it. Throws
-    /// std::bad_alloc.
+    /// Creates a string value that holds memory outside the arena. The arena destroys it, and
+    /// nothing else may. Throws std::bad_alloc.
     [[nodiscard]] JsonValue* createLongString(std::string_view aText);
 
     /// Memory for the root, maxRootSize bytes.
@@ -47,8 +48,7 @@ public:
     /// The arena whose root lies at @p aRoot.
     static Arena* ofRoot(void* aRoot) noexcept;
 
-    /// Destroys the long strings, unless there are outside children, and frees all blocks.
-    /// @p aArena must not be null.
+    /// Destroys the long strings and frees all blocks. @p aArena must not be null.
     static void release(Arena* aArena) noexcept;
 
     /// Whether a container in the arena has received children from outside.

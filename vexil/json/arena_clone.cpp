@@ -12,22 +12,50 @@ namespace vexil {
 
 namespace {
 
+std::size_t countSlots(const JsonValueContainer& aContainer, bool aIsObject) {
+    return std::size_t{aContainer.getSize()} * (aIsObject ? 2 : 1);
+}
+
 /// Copies values of the library's classes into an arena, with an explicit stack instead of
 /// recursion.
 class ArenaCopier {
 public:
     explicit ArenaCopier(Arena& aArena) : mFactory(aArena) {}
 
+    /// Copies a scalar, or begins the copy of a container. Returns null for a value of a class from
+    /// outside the library.
+    JsonValue* copyOne(const JsonValue& aValue) {
+        switch (libraryClassOf(aValue)) {
+        case LibraryClass::None:
+            break;
+        case LibraryClass::Null:
+            return mFactory.createNull();
+        case LibraryClass::Boolean:
+            return mFactory.createBoolean(as<JsonValueBoolean>(aValue).getBoolean());
+        case LibraryClass::Integer:
+            return mFactory.createInteger(as<JsonValueInteger>(aValue).getInteger());
+        case LibraryClass::Float:
+            return mFactory.createFloat(as<JsonValueFloat>(aValue).getFloat());
+        case LibraryClass::String:
+            return mFactory.createString(as<JsonValueString>(aValue).getString());
+        case LibraryClass::Array:
+            return mFactory.createContainer(begin(as<JsonValueContainer>(aValue), false));
+        case LibraryClass::Object:
+            return mFactory.createContainer(begin(as<JsonValueContainer>(aValue), true));
+        }
+        return nullptr;
+    }
+
     /// Begins the copy of a container: creates its slots, which copyChildren() fills.
     ContainerContents begin(const JsonValueContainer& aSource, bool aIsObject) {
-        const std::size_t count = std::size_t{aSource.getSize()} * (aIsObject ? 2 : 1);
+        const std::size_t count = countSlots(aSource, aIsObject);
         JsonValue** const copies = mFactory.createSlots(count);
         if (count != 0) mOpen.push_back({aSource.getSlots(), aSource.getSlots() + count, copies});
         return {aIsObject, copies, count};
     }
 
-    /// Copies all descendants of the container that was begun. Returns false at a value of a class
-    /// from outside the library.
+    /// Copies all descendants of the container that was begun, if one was. Returns false at a value
+    /// of a class from outside the library.
     bool copyDescendants() {
         while (!mOpen.empty()) {
             Children children = mOpen.back();
@@ -61,28 +89,6 @@ private:
         return true;
     }
 
-    JsonValue* copyOne(const JsonValue& aValue) {
-        switch (libraryClassOf(aValue)) {
-        case LibraryClass::None:
-            break;
-        case LibraryClass::Null:
-            return mFactory.createNull();
-        case LibraryClass::Boolean:
-            return mFactory.createBoolean(as<JsonValueBoolean>(aValue).getBoolean());
-        case LibraryClass::Integer:
-            return mFactory.createInteger(as<JsonValueInteger>(aValue).getInteger());
-        case LibraryClass::Float:
-            return mFactory.createFloat(as<JsonValueFloat>(aValue).getFloat());
-        case LibraryClass::String:
-            return mFactory.createString(as<JsonValueString>(aValue).getString());
-        case LibraryClass::Array:
-            return mFactory.createContainer(begin(as<JsonValueContainer>(aValue), false));
-        case LibraryClass::Object:
-            return mFactory.createContainer(begin(as<JsonValueContainer>(aValue), true));
-        }
-        return nullptr;
-    }
-
     ArenaValueFactory mFactory;
     std::vector<Children> mOpen;
 };
@@ -90,11 +96,19 @@ private:
 } // namespace
 
 JsonValue* cloneInArena(const JsonValueContainer& aRoot, bool aIsObject) {
-    Arena::Owner arena = Arena::create();
+    // The children of most containers are scalars.
+    constexpr std::size_t childSize = sizeof(JsonValue*) + sizeof(JsonValueString);
+    Arena::Owner arena = Arena::create(countSlots(aRoot, aIsObject) * childSize);
     ArenaCopier copier(*arena);
     const ContainerContents contents = copier.begin(aRoot, aIsObject);
     std::unique_ptr<JsonValue> root(createArenaRoot(arena, contents));
     return copier.copyDescendants() ? root.release() : nullptr;
+}
+
+JsonValue* copyToArena(Arena& aArena, const JsonValue& aValue) {
+    ArenaCopier copier(aArena);
+    JsonValue* const copy = copier.copyOne(aValue);
+    return copy != nullptr && copier.copyDescendants() ? copy : nullptr;
 }
 
 } // namespace vexil

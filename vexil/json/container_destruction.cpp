@@ -56,7 +56,7 @@ void JsonValueContainer::destroyDescendants() {
             current = container;
             continue;
         }
-        delete child;
+        if (!isArenaString(child)) delete child; // otherwise the arena destroys it
         while (current->isEmptied()) {
             JsonValueContainer* const parent = current->leave();
             if (current == this) return;

@@ -62,6 +62,11 @@ const Kind& as(const JsonValue& aValue) {
     return static_cast<const Kind&>(aValue);
 }
 
+/// Whether @p aValue is a string in an arena; false for null.
+inline bool isArenaString(const JsonValue* aValue) {
+    return aValue != nullptr && &typeid(*aValue) == &typeid(InArena<JsonValueString>);
+}
+
 /// @p aValue as a container of the library, or null for any other value and for null.
 inline const JsonValueContainer* asLibraryContainer(const JsonValue* aValue) {
     if (aValue == nullptr || libraryContainerClassOf(typeid(*aValue)) == LibraryClass::None) {

@@ -2,6 +2,7 @@
 #include "tests/table.h"
 #include "tests/vexil/json/json_helpers.h"
 #include "vexil/exceptions.h"
+#include "vexil/json/json_tree_builder.h"
 #include "vexil/json/json_value.h"
 
 #include <gmock/gmock.h>
@@ -154,6 +155,27 @@ TEST(JsonValueTree, IsCopiedWholeWithForeignValuesInIt) {
     second.reset();
     EXPECT_THAT(log, ElementsAre("w", "o", "w'", "o'"));
     EXPECT_EQ(text, writeText(*copy));
+}
+
+TEST(JsonTreeBuilder, CopiesForeignValuesAndDestroysThemInEveryCase) {
+    const std::string text =
+        R"({"a name too long for the string object":[1,["a long text in a copy"]]})";
+    std::vector<std::string> log;
+    const JsonTree mixed = parseText(R"(["a long text beside a foreign value"])");
+    mixed->appendValue(new Witness(log, "w"));
+    for (const bool isCompleted : {true, false}) {
+        vexil::JsonTreeBuilder builder;
+        builder.beginArray();
+        builder.addCopy(*parseText(text));
+        builder.addCopy(*mixed);
+        if (!isCompleted) continue;
+        builder.addString("the last element");
+        builder.end();
+        EXPECT_EQ("[" + text +
+                      R"(,["a long text beside a foreign value",["m"]],"the last element"])",
+                  writeText(*builder.take()));
+    }
+    EXPECT_THAT(log, ElementsAre("w'", "w'"));
 }
 
 } // namespace
