@@ -99,7 +99,7 @@ INSTANTIATE_TEST_SUITE_P(
                                "UnicodeString32::alloc(): string too long"},
                     LargeToken{"ControlCharacterAtTheEnd", "\"", 'a', "\n", "length_error"},
                     LargeToken{"Word", "", 'a', "", "Invalid at end"},
-                    LargeToken{"Number", "", '1', "", "length_error"},
+                    LargeToken{"Number", "", '1', "", "Invalid at end"},
                     LargeToken{"StringAfterBlanks", "", ' ', "\"a\"", "String at end"}),
     [](const auto& aRow) { return std::string(aRow.param.name); });
 
