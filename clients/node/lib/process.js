@@ -82,7 +82,9 @@ function run(command, standardInput, { timeout, maxAnswer, signal }) {
         signal?.addEventListener("abort", abort);
         const blocks = collectOutput(child, maxAnswer, fail);
         child.on("error", (error) => fail(cannotRun(command, error)));
-        if (!isWindows) child.on("exit", () => killGroup(child)); // children that still hold the output
+        // Children may still hold the output. A group with members keeps its number; that of an empty one
+        // is free only since the event loop reaped the process, just before this call.
+        if (!isWindows) child.on("exit", () => killGroup(child));
         child.on("close", (status, killedBy) => {
             finish();
             resolve({ status, signal: killedBy, output: Buffer.concat(blocks) });
