@@ -62,9 +62,11 @@ std::vector<ModuleName> getModuleNames() {
     const auto here = fs::current_path();
     const auto absolute = here / "absolute";
     const auto* const broken = "./\xC3\xA9\xFF\xE2\x82";
-    // The first character of each length in UTF-8.
+    // U+FFFF in four bytes, and the first character of each length in UTF-8.
+    const auto* const tooLong = "./\xF0\x8F\xBF\xBF";
     const auto* const shortest = "./\xC2\x80\xE0\xA0\x80\xF0\x90\x80\x80";
     return {{broken, broken, here.u16string() + u"/./\u00E9\uFFFD\uFFFD\uFFFD"},
+            {tooLong, tooLong, here.u16string() + u"/./\uFFFD\uFFFD\uFFFD\uFFFD"},
             {shortest, shortest, here.u16string() + u"/./\u0080\u0800\U00010000"},
             {"ascii", "./ascii", here.u16string() + u"/./ascii"},
             {absolute, absolute, absolute.u16string()}};
