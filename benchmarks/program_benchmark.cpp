@@ -2,14 +2,17 @@
 
 // Runs whole programs with a request on standard input, from the spawn to the exit status. The rows
 // are called program/SIZE/PROGRAM/LINK/PLUGIN: how the C++ runtime is linked into the program, and
-// in which language the plugin is written.
+// in which language the plugin is written. Each has counters of the peak memory and page faults of
+// one further run.
 #include "documents.h"
 
 #include <benchmark/benchmark.h>
 #include <nlohmann/json.hpp>
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -66,6 +69,29 @@ int run(const Program& aProgram, const path& aInput, const path& aOutput) {
     return status;
 }
 
+struct Usage {
+    double peakMegabytes = 0;
+    double pageFaults = 0;
+};
+
+// The program starts as a copy of this small process: one that shares the memory of its parent, as
+// posix_spawn() creates it, would also count the parent's peak.
+Usage measureUsage(const Program& aProgram, const path& aInput) {
+    const pid_t process = fork();
+    if (process == 0) {
+        if (dup2(open(aInput.c_str(), O_RDONLY), 0) == 0 &&
+            dup2(open("/dev/null", O_WRONLY), 1) == 1) {
+            execl(aProgram.file.c_str(), aProgram.file.c_str(), aProgram.plugin.c_str(), nullptr);
+        }
+        _exit(127);
+    }
+    int status = -1;
+    rusage usage{};
+    if (wait4(process, &status, 0, &usage) != process || status != 0) return {};
+    return {static_cast<double>(usage.ru_maxrss) * 1024 / 1e6,
+            static_cast<double>(usage.ru_minflt)};
+}
+
 std::string readFile(const path& aFile) {
     std::ifstream stream(aFile, std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), {}};
@@ -98,6 +124,9 @@ void addRow(const Program& aProgram, const Size& aSize, const path& aInput) {
             for (auto _ : aState) {
                 if (run(aProgram, aInput, "/dev/null") != 0) aState.SkipWithError("failed");
             }
+            const Usage usage = measureUsage(aProgram, aInput);
+            aState.counters["peak_megabytes"] = usage.peakMegabytes;
+            aState.counters["page_faults"] = usage.pageFaults;
         });
     row->UseRealTime()->Unit(benchmark::kMillisecond);
     if (aSize.bytes > 10'000'000) row->Repetitions(3);
@@ -141,5 +170,6 @@ int main(int aCount, char** aArguments) {
             addRow(program, size, input);
         }
     }
+    malloc_trim(0); // for measureUsage()
     benchmark::RunSpecifiedBenchmarks();
 }

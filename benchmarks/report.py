@@ -122,6 +122,11 @@ def matrix(corner, cells, columns, mean=None):
     return table([corner] + columns, rows)
 
 
+def present(libraries, group):
+    """The libraries that have rows in a group."""
+    return [name for name in libraries if all(name in values for values in group.values())]
+
+
 def medians(group):
     return {
         name: {key: median for key, (median, _) in values.items()}
@@ -151,6 +156,7 @@ def times_faster(group, peer):
 JSON_GOALS = {
     "parse": ("parse and free", {"nlohmann": 3, "jansson": 4.5, "yajl": 2, "rapidjson": 1}),
     "write": ("write", {"nlohmann": 2.5, "jansson": 6, "rapidjson": 1.3}),
+    "clone": ("clone and free", {"nlohmann": 1.7}),
 }
 
 
@@ -349,10 +355,16 @@ def program_tables(sizes, link):
     return matrix("1 KB", combinations, names), matrix("request", shipped, names)
 
 
+def usage_table(results, counter, link):
+    """A counter of the shipped program and its peers at each size."""
+    rows = median_of_rows(results / "programs.json", lambda row: row[counter])
+    return program_tables(medians(split(rows)["program"]), link)[1]
+
+
 def read_rows(results):
     """The medians and spreads of each benchmark program by row."""
     return {
-        "parse and write": median_of_rows(
+        "parse, read, write and clone": median_of_rows(
             results / "json.json", lambda row: row["bytes_per_second"] / 1e6
         ),
         "text to double": median_of_rows(
@@ -369,7 +381,7 @@ def main():
     context = json.loads((results / "programs.json").read_text())["context"]
     link = context["shipped_link"]
     rows = read_rows(results)
-    groups = {kind: medians(group) for kind, group in split(rows["parse and write"]).items()}
+    groups = {kind: medians(group) for kind, group in split(rows["parse, read, write and clone"]).items()}
     numbers = medians(split(rows["text to double"])["number"])
     programs = medians(split(rows["whole programs"])["program"])
     peaks, blocks = read_heap(results / "heap.csv")
@@ -386,11 +398,17 @@ def main():
         "goals": table(["measurement", "goal", "measured", ""], goals.rows),
         "parse": matrix("MB/s", groups["parse"], libraries, "geometric mean"),
         "write": matrix("MB/s", groups["write"], libraries, "geometric mean"),
+        "read": matrix("MB/s", groups["read"], present(libraries, groups["read"]), "geometric mean"),
+        "clone": matrix(
+            "MB/s", groups["clone"], present(libraries, groups["clone"]), "geometric mean"
+        ),
         "numbers": matrix("ns", numbers, converters, "geometric mean"),
         "peaks": matrix("bytes", peaks, libraries),
         "blocks": matrix("blocks", blocks, libraries),
         "programs": at_one_kilobyte,
         "sizes": at_all_sizes,
+        "memory": usage_table(results, "peak_megabytes", link),
+        "faults": usage_table(results, "page_faults", link),
         "link": link,
         "machine": machine(context, build),
         "peers": peers(),
