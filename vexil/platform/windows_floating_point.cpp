@@ -1,12 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "vexil/platform/platform.h"
 
+#include <cfenv>
+
 #include <float.h>
 
 namespace vexil::platform {
 
 void resetFloatingPoint() {
-    _clearfp();
+    // 64-bit: _controlfp() reaches only the SSE unit. 32-bit: it selects the precision of the
+    // platform.
+    std::fesetenv(FE_DFL_ENV);
     _controlfp(_CW_DEFAULT, 0xFFFFFFFF);
 }
 
