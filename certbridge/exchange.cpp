@@ -27,7 +27,8 @@ Plugin& loadPlugin(FailurePort& aPort, DynamicLibrary& aLibrary, const char* aLi
 
 // Releases the text, which may be large, once it is parsed.
 ValueHolder parseRequest(FailurePort& aPort, std::string aText) {
-    return parseDocument(aPort, ContentError, aText);
+    const std::string text = std::move(aText);
+    return parseDocument(aPort, ContentError, text);
 }
 
 // Returns after a response, with everything but the library released.
