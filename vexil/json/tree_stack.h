@@ -42,8 +42,8 @@ public:
     void pushFromOutside(std::unique_ptr<JsonValue> aValue) {
         if (!aValue) throw std::bad_alloc();
         mArena->noteOutsideChildren();
-        mFinished.push_back(aValue.get());
-        static_cast<void>(aValue.release());
+        mFinished.emplace_back(); // may throw; the value still has an owner
+        mFinished.back() = aValue.release();
     }
 
     /// Begins a container.
