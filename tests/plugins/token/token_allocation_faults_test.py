@@ -1,15 +1,16 @@
 # SPDX-License-Identifier: MIT
-"""Asks certificate_token_plugin while allocations fail.
+"""Asks certificate_token_plugin while allocations fail, and with little address space.
 
-Usage: token_allocation_faults_test.py FAILING_ALLOCATIONS PLUGIN FAKE_MODULE
+Usage: token_allocation_faults_test.py FAILING_ALLOCATIONS CERTBRIDGE PLUGIN FAKE_MODULE
 """
 import os, pathlib, sys, tempfile
 
 sys.path.append(str(pathlib.Path(__file__).parent.parent))
 from certificates import CERTIFICATES, make
 from failing_allocations import COLD, fails_with_failing_allocations
+from little_space import count_failures
 
-FAILING_ALLOCATIONS, PLUGIN, FAKE_MODULE = (os.path.abspath(path) for path in sys.argv[1:4])
+FAILING_ALLOCATIONS, CERTBRIDGE, PLUGIN, FAKE_MODULE = (os.path.abspath(path) for path in sys.argv[1:5])
 
 with tempfile.TemporaryDirectory() as folder:
     os.chdir(folder)
@@ -21,4 +22,5 @@ with tempfile.TemporaryDirectory() as folder:
         ("search", "warm", 1, {"module": FAKE_MODULE, "label": "mine"}),
         ("missing certificate", "warm", 3, {"module": FAKE_MODULE, "label": "yours"}),
     ]
-    sys.exit(sum(fails_with_failing_allocations(row, [FAILING_ALLOCATIONS, PLUGIN]) for row in rows))
+    failures = sum(fails_with_failing_allocations(row, [FAILING_ALLOCATIONS, PLUGIN]) for row in rows)
+    sys.exit(failures + count_failures([CERTBRIDGE, PLUGIN], {"module": FAKE_MODULE}))
