@@ -5,7 +5,7 @@
 
 #include "plugins/common/certificate_text.h"
 #include "plugins/common/failure.h"
-#include "plugins/common/openssl/describe_certificate.h"
+#include "plugins/common/openssl/certificate_der.h"
 #include "plugins/common/openssl/openssl_handles.h"
 
 #include <openssl/pem.h>
@@ -17,11 +17,6 @@ namespace plugins {
 
 namespace {
 
-void freeMemory(void* aBlock) {
-    OPENSSL_free(aBlock);
-}
-
-using MemoryHandle = std::unique_ptr<unsigned char, FreeWith<freeMemory>>;
 using TextHandle = std::unique_ptr<char, FreeWith<freeMemory>>;
 using Pkcs7Handle = std::unique_ptr<PKCS7, FreeWith<PKCS7_free>>;
 using StoredCertificates = std::vector<StoredCertificate>;

@@ -2,7 +2,7 @@
 #include "tls_handshake.h"
 
 #include "plugins/common/failure.h"
-#include "plugins/common/openssl/describe_certificate.h"
+#include "plugins/common/openssl/certificate_der.h"
 #include "plugins/common/openssl/openssl_handles.h"
 #include "plugins/common/openssl/openssl_memory.h"
 #include "vexil/assert.h"

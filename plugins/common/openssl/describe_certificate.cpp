@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "describe_certificate.h"
-
 #include "openssl_handles.h"
+#include "plugins/common/certificate.h"
 
 #include <openssl/evp.h>
 #include <openssl/objects.h>
@@ -19,10 +18,6 @@ namespace {
 [[noreturn]] void failPart(const char* aPart) {
     throw Failure(ErrorCode::InvalidCertificate, std::string("the certificate's ") + aPart +
                                                      " cannot be decoded: " + takeReason());
-}
-
-void freeBytes(unsigned char* aBytes) {
-    OPENSSL_free(aBytes);
 }
 
 Bytes bytesOf(const ASN1_STRING* aString) {
@@ -205,35 +200,10 @@ Certificate describeOnce(Bytes aDer) {
     return description;
 }
 
-void describeAttributes(Certificate& aDescription, X509& aCertificate) {
-    int length = 0;
-    if (const auto* alias = X509_alias_get0(&aCertificate, &length)) {
-        aDescription.label.emplace(alias, alias + length);
-    }
-    if (const auto* id = X509_keyid_get0(&aCertificate, &length)) {
-        aDescription.id = toHex({id, static_cast<std::size_t>(length)});
-    }
-}
-
 } // namespace
-
-std::vector<unsigned char> toDer(const X509& aCertificate) {
-    unsigned char* bytes = nullptr;
-    const auto length = i2d_X509(&aCertificate, &bytes);
-    require(length > 0);
-    const std::unique_ptr<unsigned char, FreeWith<freeBytes>> owner(bytes);
-    return {bytes, bytes + length};
-}
 
 Certificate describeCertificate(Bytes aDer) {
     return confirmed([&] { return describeOnce(aDer); });
-}
-
-Certificate describeCertificate(const X509& aCertificate) {
-    auto description = describeCertificate(toDer(aCertificate));
-    // These functions only read, but take a pointer to an object that is not const.
-    describeAttributes(description, const_cast<X509&>(aCertificate));
-    return description;
 }
 
 bool isIssuedBy(Bytes aCertificate, Bytes aIssuer) {

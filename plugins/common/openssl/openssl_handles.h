@@ -25,6 +25,10 @@ struct FreeWith {
     }
 };
 
+inline void freeMemory(void* aBlock) {
+    OPENSSL_free(aBlock);
+}
+
 inline void freeCertificates(STACK_OF(X509) * aCertificates) {
     sk_X509_pop_free(aCertificates, X509_free);
 }
@@ -33,6 +37,7 @@ using BioHandle = std::unique_ptr<BIO, FreeWith<BIO_free>>;
 using CertificateHandle = std::unique_ptr<X509, FreeWith<X509_free>>;
 using CertificatesHandle = std::unique_ptr<STACK_OF(X509), FreeWith<freeCertificates>>;
 using KeyHandle = std::unique_ptr<EVP_PKEY, FreeWith<EVP_PKEY_free>>;
+using MemoryHandle = std::unique_ptr<unsigned char, FreeWith<freeMemory>>;
 using NamesHandle = std::unique_ptr<GENERAL_NAMES, FreeWith<GENERAL_NAMES_free>>;
 using Pkcs12Handle = std::unique_ptr<PKCS12, FreeWith<PKCS12_free>>;
 
