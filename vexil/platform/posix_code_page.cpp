@@ -4,10 +4,13 @@
 #include <array>
 #include <bit>
 #include <cerrno>
+#include <cstdlib>
 #include <limits>
 #include <memory>
+#include <mutex>
 #include <new>
 #include <span>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -60,7 +63,7 @@ private:
 };
 
 std::size_t countUnits(Utf16Converter& aConverter, std::string_view aBytes) {
-    std::array<std::uint16_t, 512> block;
+    std::array<std::uint16_t, 4096> block;
     std::size_t count = 0;
     for (;;) {
         std::span<std::uint16_t> rest(block);
@@ -83,19 +86,43 @@ LocaleHolder openLocale(const char* aName) {
     return locale;
 }
 
-// The LC_CTYPE locale of the environment, or "C" if it is not installed.
-LocaleHolder openEnvironmentLocale() {
-    LocaleHolder locale = openLocale("");
-    return locale ? std::move(locale) : openLocale("C");
+// The name of the environment's LC_CTYPE locale.
+const char* environmentLocaleName() {
+    for (const char* const variable : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+        const char* const name = std::getenv(variable);
+        if (name && *name != '\0') return name;
+    }
+    return "C";
+}
+
+// The character set of the locale, or of "C" if it is not installed; empty if that fails as well.
+std::string findCharacterSet(const char* aLocaleName) {
+    LocaleHolder locale = openLocale(aLocaleName);
+    if (!locale) locale = openLocale("C");
+    return locale ? nl_langinfo_l(CODESET, locale.get()) : "";
+}
+
+// Remembers the last answer: opening a locale takes longer than converting a short text.
+std::string environmentCharacterSet() {
+    static std::mutex mutex;
+    static std::string localeName;
+    static std::string characterSet;
+    const std::lock_guard lock(mutex);
+    if (const char* const name = environmentLocaleName(); localeName != name) {
+        std::string newName = name;
+        characterSet = findCharacterSet(name);
+        localeName = std::move(newName);
+    }
+    return characterSet;
 }
 
 } // namespace
 
 std::int32_t activeCodePageToUtf16(const char* aBytes, std::int32_t aLen, std::uint16_t* aDest,
                                    std::int32_t aUnits) {
-    const auto locale = openEnvironmentLocale();
-    if (!locale) return 0;
-    Utf16Converter converter(nl_langinfo_l(CODESET, locale.get()));
+    const auto characterSet = environmentCharacterSet();
+    if (characterSet.empty()) return 0;
+    Utf16Converter converter(characterSet.c_str());
     if (!converter.isOpen() && errno == ENOMEM) throw std::bad_alloc();
     if (!converter.isOpen()) return 0;
 
