@@ -8,7 +8,7 @@
 #include "verification.h"
 
 #include "plugins/common/certificate.h"
-#include "plugins/common/openssl/openssl_memory.h"
+#include "plugins/common/library_memory.h"
 #include "plugins/common/replying_plugin.h"
 
 #include <iterator>

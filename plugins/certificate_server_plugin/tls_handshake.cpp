@@ -4,7 +4,7 @@
 #include "plugins/common/failure.h"
 #include "plugins/common/openssl/certificate_der.h"
 #include "plugins/common/openssl/openssl_handles.h"
-#include "plugins/common/openssl/openssl_memory.h"
+#include "plugins/common/library_memory.h"
 #include "vexil/assert.h"
 
 #include <openssl/ssl.h>

@@ -6,8 +6,8 @@
 #include "token_request.h"
 #include "token_search.h"
 
+#include "plugins/common/library_memory.h"
 #include "plugins/common/limited_call.h"
-#include "plugins/common/openssl/openssl_memory.h"
 #include "plugins/common/replying_plugin.h"
 
 #include <memory>

@@ -5,9 +5,12 @@
 #include <string>
 #include <vector>
 
-#include <p11-kit/p11-kit.h>
+#include <p11-kit/pkcs11.h>
 
 namespace plugins {
+
+/// Calls C_Initialize and permits the module to use the system's threads.
+CK_RV initializeModule(CK_FUNCTION_LIST& aModule);
 
 /// Initialised PKCS#11 modules, finalised on destruction. They stay loaded, since some leave
 /// threads or exit handlers that run their code.
@@ -19,7 +22,8 @@ public:
     static Modules loadFile(const std::string& aPath);
     /// Loads the modules that are registered in the system, with @p aName only initialising the one
     /// of this name. Those that cannot be loaded or initialised are left out. Throws Failure:
-    /// NotFound if there is none; BackEndFailed if the named one cannot be initialised.
+    /// NotFound if there is none; BackEndFailed if the named one cannot be initialised; on Windows
+    /// always InvalidRequest.
     static Modules loadRegistered(const std::optional<std::string>& aName);
 
     ~Modules();

@@ -5,7 +5,7 @@
 
 #include "plugins/common/certificate_text.h"
 #include "plugins/common/failure.h"
-#include "plugins/common/openssl/openssl_memory.h"
+#include "plugins/common/library_memory.h"
 
 #include <array>
 #include <string>
@@ -65,8 +65,9 @@ Session::~Session() {
 void Session::logIn(const Secret& aPin, bool aAllowsFinalTry) {
     checkPinState(mToken, readFlags(mToken), aAllowsFinalTry);
     Secret copy(aPin.getText()); // functions of modules take a pointer to non-const bytes
-    const auto result = mModule.C_Login(
-        mHandle, CKU_USER, reinterpret_cast<CK_UTF8CHAR*>(copy.getText()), copy.getSize());
+    const auto result =
+        mModule.C_Login(mHandle, CKU_USER, reinterpret_cast<CK_UTF8CHAR*>(copy.getText()),
+                        static_cast<CK_ULONG>(copy.getSize()));
     switch (result) {
     case CKR_USER_ALREADY_LOGGED_IN:
         return;

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "token_request.h"
 
-#include "plugins/common/failure.h"
+#include "module_library.h"
 
-#include <filesystem>
+#include "plugins/common/failure.h"
 
 namespace plugins {
 
@@ -22,12 +22,6 @@ void combine(std::optional<std::string>& aMember, const std::optional<std::strin
     if (aUriValue) aMember = aUriValue;
 }
 
-// A plain name is looked up in the folder of the system's modules.
-std::string toAbsolutePath(const std::string& aPath) {
-    if (aPath.find('/') == aPath.npos) return MODULE_FOLDER "/" + aPath;
-    return std::filesystem::absolute(aPath).string();
-}
-
 } // namespace
 
 TokenRequest readTokenRequest(Request& aRequest) {
@@ -42,7 +36,7 @@ TokenRequest readTokenRequest(Request& aRequest) {
         combine(request.selectors.label, request.uri->getLabel(), "label");
         combine(request.selectors.id, request.uri->getId(), "id");
     }
-    if (request.modulePath) request.modulePath = toAbsolutePath(*request.modulePath);
+    if (request.modulePath) request.modulePath = toModulePath(*request.modulePath);
     request.allowFinalTry = aRequest.getFlag("allowFinalTry");
     request.timeout = std::chrono::seconds(
         aRequest.findInteger("timeout", 1, maximumSeconds).value_or(defaultSeconds));

@@ -15,7 +15,7 @@ namespace plugins {
 
 /// The members of a request to the plugin; docs/plugins.md documents them.
 struct TokenRequest {
-    std::optional<std::string> modulePath; ///< absolute
+    std::optional<std::string> modulePath; ///< of toModulePath()
     std::optional<std::string> tokenLabel;
     std::optional<TokenUri> uri;
     Selectors selectors; ///< with the label and the id of the URI

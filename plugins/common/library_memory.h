@@ -3,10 +3,13 @@
 
 namespace plugins {
 
+// Failed allocations of the library that decodes certificates. OpenSSL does not report every one as
+// such: a handshake, which cannot be repeated for confirmation, would then seem to have failed for
+// another reason. The library of Windows does, and there both functions do nothing.
+
 /// Makes OpenSSL allocate memory with functions that record a failure, if OpenSSL has not been used
-/// in this process yet. It does not report every failed allocation as one; a handshake, which
-/// cannot be repeated for confirmation, would then seem to have failed for another reason. The
-/// plugin must stay mapped, since OpenSSL frees memory when the process ends.
+/// in this process yet. The plugin must stay mapped, since OpenSSL frees memory when the process
+/// ends.
 void recordFailedAllocations();
 
 /// Throws std::bad_alloc if an allocation has failed since the last call, as far as recorded or

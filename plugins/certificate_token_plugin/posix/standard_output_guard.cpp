@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "standard_output_guard.h"
+#include "plugins/certificate_token_plugin/standard_output_guard.h"
 
 #include "plugins/common/failure.h"
 

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include "token_uri.h"
+#include "plugins/certificate_token_plugin/token_uri.h"
 
 #include "plugins/common/certificate_text.h"
 #include "plugins/common/failure.h"
 
 #include <cstring>
 #include <new>
+
+#include <p11-kit/uri.h>
 
 namespace plugins {
 
@@ -20,6 +22,10 @@ std::optional<std::string> toText(const char* aText) {
 }
 
 } // namespace
+
+void TokenUri::FreeUri::operator()(p11_kit_uri* aUri) const {
+    p11_kit_uri_free(aUri);
+}
 
 TokenUri::TokenUri(const std::string& aText) : mUri(p11_kit_uri_new()) {
     if (mUri == nullptr) throw std::bad_alloc();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "openssl_memory.h"
+#include "plugins/common/library_memory.h"
 
 #include <openssl/crypto.h>
 #include <openssl/err.h>

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdio>
 #include <memory>
+#include <new>
 
 namespace plugins {
 
@@ -16,6 +17,10 @@ struct LocalCloser {
 } // namespace
 
 std::string errorText(DWORD aNumber) {
+    if (aNumber == ERROR_NOT_ENOUGH_MEMORY || aNumber == ERROR_OUTOFMEMORY ||
+        aNumber == static_cast<DWORD>(E_OUTOFMEMORY)) {
+        throw std::bad_alloc();
+    }
     wchar_t* text = nullptr;
     constexpr DWORD flags =
         FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;

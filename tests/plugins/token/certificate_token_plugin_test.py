@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
 """Asks certificate_token_plugin, through certbridge, about a fake module, SoftHSM and the system's trust store.
 
-Usage: certificate_token_plugin_test.py CERTBRIDGE PLUGIN FAKE_MODULE OTHER_LIBRARY CERTBRIDGE_CHECK
+Usage: certificate_token_plugin_test.py CERTBRIDGE PLUGIN FAKE_MODULE OTHER_LIBRARY CERTBRIDGE_CHECK [RUNNER]
 """
 import os, pathlib, shutil, subprocess, sys, tempfile
 
@@ -9,7 +9,8 @@ sys.path.append(str(pathlib.Path(__file__).parent.parent))
 from certificates import CERTIFICATES, make, row_fails
 from table import read_rows
 
-CERTBRIDGE, PLUGIN, FAKE_MODULE, OTHER_LIBRARY, CERTBRIDGE_CHECK = map(os.path.abspath, sys.argv[1:])
+CERTBRIDGE, PLUGIN, FAKE_MODULE, OTHER_LIBRARY, CERTBRIDGE_CHECK, *RUNNER = map(os.path.abspath, sys.argv[1:])
+FEATURES = {"", "windows" if RUNNER else "p11-kit"}
 SOFTHSM = next(pathlib.Path("/usr/lib").rglob("libsofthsm2.so"), None)
 WRITE = "GNUTLS_PIN=1234 p11tool --provider SOFTHSM --batch --login --write 'pkcs11:token=card' --load-certificate "
 TOKENS = [  # "card" with a certificate, its issuer and one that only a login reveals; "other" with none
@@ -22,13 +23,12 @@ TOKENS = [  # "card" with a certificate, its issuer and one that only a login re
 
 
 def prepare_tokens():
-    """Returns whether there is a SoftHSM with tokens."""
     if SOFTHSM is None or shutil.which("p11tool") is None:
         print("SKIPPED the rows of SoftHSM: install the packages softhsm2 and gnutls-bin")
-        return False
+        return
     os.environ["SOFTHSM2_CONF"] = os.path.abspath("softhsm.conf")
     make([command.replace("SOFTHSM", str(SOFTHSM)) for command in TOKENS])
-    return True
+    FEATURES.add("softhsm")
 
 
 def with_paths(text):
@@ -37,13 +37,13 @@ def with_paths(text):
 
 def run_row(row):
     os.environ["FAKE"] = row.pop("fake", "")
-    return row_fails(row, [CERTBRIDGE, PLUGIN])
+    return row_fails(row, [*RUNNER, CERTBRIDGE, PLUGIN])
 
 
 def fails_the_checker():
     os.environ["FAKE"] = "hides prints forbids-login"
     pathlib.Path("check.json").write_text('{"action":"getCertificate","module":"%s"}' % FAKE_MODULE)
-    run = subprocess.run([CERTBRIDGE_CHECK, "--request", "check.json", PLUGIN], capture_output=True, text=True)
+    run = subprocess.run([*RUNNER, CERTBRIDGE_CHECK, "--request", "check.json", PLUGIN], capture_output=True, text=True)
     if run.returncode != 0:
         print(run.stdout, run.stderr)
     return run.returncode != 0
@@ -57,6 +57,7 @@ with tempfile.TemporaryDirectory() as folder:
     os.environ["FAKE_CERTIFICATE"] = os.path.abspath("ec.der")
     rows = [{key: with_paths(value.decode()) for key, value in row.items()}
             for row in read_rows("certificate_token_plugin.txt")]
-    has_tokens = prepare_tokens()
-    failures = [row for row in rows if (has_tokens or not row.pop("softhsm", "")) and run_row(row)]
+    if not RUNNER:
+        prepare_tokens()
+    failures = [row for row in rows if row.pop("needs", "") in FEATURES and run_row(row)]
     sys.exit(len(failures) + fails_the_checker())
