@@ -62,6 +62,27 @@ std::string findMissingImport(HMODULE aModule) {
     return {};
 }
 
+HANDLE duplicate(HANDLE aHandle) {
+    HANDLE result = nullptr;
+    HANDLE const process = GetCurrentProcess();
+    DuplicateHandle(process, aHandle, process, &result, 0, FALSE, DUPLICATE_SAME_ACCESS);
+    return result;
+}
+
+// 0 for each handle of the file that was the standard output at the first call: a plugin that
+// restores the output after a redirection leaves another handle. The function exists since Windows
+// 10; before, handles are compared, and one that is reused after it has been closed seems to be the
+// same.
+std::uint64_t identify(HANDLE aHandle) {
+    using Compare = BOOL(WINAPI*)(HANDLE, HANDLE);
+    static const auto areSame = reinterpret_cast<Compare>(reinterpret_cast<void*>(
+        GetProcAddress(GetModuleHandleA("kernelbase.dll"), "CompareObjectHandles")));
+    static HANDLE const original = aHandle;
+    static HANDLE const kept = duplicate(aHandle);
+    const bool isOriginal = areSame ? areSame(kept, aHandle) : aHandle == original;
+    return isOriginal ? 0 : reinterpret_cast<std::uintptr_t>(aHandle);
+}
+
 } // namespace
 
 RunningWork RunningWork::inspect() {
@@ -79,8 +100,7 @@ OutputState OutputState::inspect() {
     if (type == FILE_TYPE_UNKNOWN) return {0, 0, 0, false};
     const int mode = _setmode(outputDescriptor, _O_TEXT);
     if (mode != -1) _setmode(outputDescriptor, mode);
-    // A handle is reused after it has been closed, hence the type of the file.
-    return {type, static_cast<std::uint64_t>(number), mode, false};
+    return {type, identify(reinterpret_cast<HANDLE>(number)), mode, false};
 }
 
 bool isColourTerminal() {
