@@ -34,7 +34,7 @@ FILES = [
     issued("client", extension="extendedKeyUsage=clientAuth"),
     issued("rsa", key="rsa:2048"),
     issued("weak", key="rsa:1024"),
-    issued("expired", days=-1),
+    issued("expired", days=0),
     SELF_SIGNED % ("self", "self", "/CN=self", EC) + " -addext subjectAltName=DNS:www.test",
     *(issued(f"link{i}", f"link{i - 1}" if i > 1 else "root", AUTHORITY) for i in range(1, 9)),
     issued("last", "link8"),
