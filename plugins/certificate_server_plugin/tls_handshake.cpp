@@ -2,9 +2,9 @@
 #include "tls_handshake.h"
 
 #include "plugins/common/failure.h"
+#include "plugins/common/library_memory.h"
 #include "plugins/common/openssl/certificate_der.h"
 #include "plugins/common/openssl/openssl_handles.h"
-#include "plugins/common/library_memory.h"
 #include "vexil/assert.h"
 
 #include <openssl/ssl.h>

@@ -13,8 +13,8 @@
 // Texts of the system as UTF-8.
 namespace plugins {
 
-/// Returns the system's text for its error @p aNumber, with the number. Throws std::bad_alloc if the
-/// error is a lack of memory.
+/// Returns the system's text for its error @p aNumber, with the number. Throws std::bad_alloc if
+/// the error is a lack of memory.
 std::string errorText(DWORD aNumber);
 
 std::string toUtf8(std::wstring_view aText);
