@@ -10,6 +10,8 @@
 namespace fs = std::filesystem;
 
 bool useCodePage(const std::string& aName) {
+    unsetenv("LC_CTYPE");
+    unsetenv("LANG");
     return setenv("LC_ALL", aName.c_str(), 1) == 0;
 }
 
