@@ -95,15 +95,16 @@ MemoryLimit::MemoryLimit(std::size_t aBytes) {
     rlimit limit{};
     getrlimit(RLIMIT_AS, &limit);
     mPrevious = limit.rlim_cur;
-    std::uint64_t pages = 0;
+    std::size_t pages = 0;
     std::ifstream("/proc/self/statm") >> pages;
-    limit.rlim_cur = pages * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE)) + aBytes;
+    limit.rlim_cur =
+        static_cast<rlim_t>(pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) + aBytes);
     setrlimit(RLIMIT_AS, &limit);
 }
 
 MemoryLimit::~MemoryLimit() {
     rlimit limit{};
     getrlimit(RLIMIT_AS, &limit);
-    limit.rlim_cur = mPrevious;
+    limit.rlim_cur = static_cast<rlim_t>(mPrevious);
     setrlimit(RLIMIT_AS, &limit);
 }
