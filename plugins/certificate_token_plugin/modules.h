@@ -20,10 +20,10 @@ public:
     /// NotReadable if it is not a regular file or cannot be loaded; BackEndFailed if it lacks
     /// functions or cannot be initialised. The message begins with the path.
     static Modules loadFile(const std::string& aPath);
-    /// Loads the modules that are registered in the system, with @p aName only initialising the one
-    /// of this name. Those that cannot be loaded or initialised are left out. Throws Failure:
-    /// NotFound if there is none; BackEndFailed if the named one cannot be initialised; on Windows
-    /// always InvalidRequest.
+    /// Loads the modules that are registered in the system, or only the one called @p aName; if
+    /// only p11-kit can find that one, all are loaded and it alone is initialised. Without a name,
+    /// those that cannot be loaded or initialised are left out. Throws Failure: NotFound if there
+    /// is none; for the named one also as loadFile(); on Windows always InvalidRequest.
     static Modules loadRegistered(const std::optional<std::string>& aName);
 
     ~Modules();

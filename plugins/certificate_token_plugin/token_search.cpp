@@ -44,7 +44,13 @@ public:
     CertificateSource read() const {
         CertificateSource source;
         source.name = mTokens.size() == 1 ? mTokens.front().name : "the tokens";
-        for (const auto& session : mSessions) session.readCertificates(source);
+        for (std::size_t token = 0; token < mSessions.size(); ++token) {
+            const auto first = source.certificates.size();
+            mSessions[token].readCertificates(source);
+            for (auto i = first; i < source.certificates.size(); ++i) {
+                source.certificates[i].token = token;
+            }
+        }
         return source;
     }
 

@@ -4,6 +4,7 @@
 #include "certificate_text.h"
 #include "members.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -29,6 +30,7 @@ struct Certificate {
     /// @{
     std::optional<std::string> label;
     std::optional<std::string> id; ///< upper-case hexadecimal digits
+    std::size_t token = 0;         ///< position of its token among those searched
     /// @}
 
     bool operator==(const Certificate&) const = default;

@@ -121,7 +121,8 @@ const Certificate* findIssuer(const Certificate& aCertificate,
     if (aCertificate.subject == aCertificate.issuer) return nullptr;
     const auto found =
         std::find_if(aCandidates.begin(), aCandidates.end(), [&](const Certificate& aCandidate) {
-            return aCandidate.subject == aCertificate.issuer &&
+            return aCandidate.token == aCertificate.token &&
+                   aCandidate.subject == aCertificate.issuer &&
                    isIssuedBy(aCertificate.der, aCandidate.der);
         });
     return found == aCandidates.end() ? nullptr : &*found;

@@ -54,7 +54,7 @@ struct CertificateSource {
 Members answerSelection(const Selectors& aSelectors, const CertificateSource& aSource);
 
 /// Returns the issuer of the certificate, its issuer and so on, as far as they are among
-/// @p aCandidates. A self-signed certificate has none.
+/// @p aCandidates and on the same token. A self-signed certificate has none.
 std::vector<Certificate> findIssuers(const Certificate& aCertificate,
                                      const std::vector<Certificate>& aCandidates);
 

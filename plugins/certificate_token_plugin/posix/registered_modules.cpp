@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include "module_configuration.h"
+
 #include "plugins/certificate_token_plugin/modules.h"
 #include "plugins/certificate_token_plugin/return_values.h"
 #include "plugins/common/failure.h"
@@ -51,6 +53,9 @@ CK_FUNCTION_LIST** registeredModules() {
 } // namespace
 
 Modules Modules::loadRegistered(const std::optional<std::string>& aName) {
+    if (aName) {
+        if (const auto path = findConfiguredModule(*aName)) return loadFile(*path);
+    }
     CK_FUNCTION_LIST** const registered = registeredModules();
     Modules modules;
     for (auto** module = registered; *module != nullptr; ++module) {

@@ -13,12 +13,13 @@ CERTBRIDGE, PLUGIN, FAKE_MODULE, OTHER_LIBRARY, CERTBRIDGE_CHECK, *RUNNER = map(
 FEATURES = {"", "windows" if RUNNER else "p11-kit"}
 SOFTHSM = next(pathlib.Path("/usr/lib").rglob("libsofthsm2.so"), None)
 WRITE = "GNUTLS_PIN=1234 p11tool --provider SOFTHSM --batch --login --write 'pkcs11:token=card' --load-certificate "
-TOKENS = [  # "card" with a certificate, its issuer and one that only a login reveals; "other" with none
+TOKENS = [  # "card" with a certificate, its issuer and one that only a login reveals; "other" without the issuer
     "mkdir tokens; echo directories.tokendir = $PWD/tokens > softhsm.conf",
     "for name in card other; do softhsm2-util --init-token --free --label $name --pin 1234 --so-pin 567890; done",
     WRITE + "ec.pem --label leaf --id 01AB --no-mark-private",
     WRITE + "rsa.pem --label root --id 02 --no-mark-private",
     WRITE + "ed.pem --label hidden --id 03 --mark-private",
+    WRITE.replace("=card", "=other") + "ec.pem --label lonely --no-mark-private",
 ]
 
 
@@ -49,6 +50,19 @@ def fails_the_checker():
     return run.returncode != 0
 
 
+def loads_another_module():
+    """Whether a request that names SoftHSM also loads the module of the trust store, which is registered too."""
+    if "softhsm" not in FEATURES:
+        return False
+    request = '{"action":"getCertificate","uri":"pkcs11:token=card?module-name=softhsm2","label":"leaf"}'
+    run = subprocess.run([CERTBRIDGE, PLUGIN], input=request, env={**os.environ, "LD_DEBUG": "files"},
+                         capture_output=True, text=True)
+    is_right = "CN=leaf" in run.stdout and "libsofthsm2.so" in run.stderr and "p11-kit-trust.so" not in run.stderr
+    if not is_right:
+        print("softhsm2 is not the only module loaded:", run.stdout, run.stderr)
+    return not is_right
+
+
 with tempfile.TemporaryDirectory() as folder:
     os.chdir(folder)
     make(CERTIFICATES + ["mkfifo pipe", "echo > text"])
@@ -60,4 +74,4 @@ with tempfile.TemporaryDirectory() as folder:
     if not RUNNER:
         prepare_tokens()
     failures = [row for row in rows if row.pop("needs", "") in FEATURES and run_row(row)]
-    sys.exit(len(failures) + fails_the_checker())
+    sys.exit(len(failures) + fails_the_checker() + loads_another_module())
