@@ -8,8 +8,9 @@ namespace plugins {
 // another reason. The library of Windows does, and there both functions do nothing.
 
 /// Makes OpenSSL allocate memory with functions that record a failure, if OpenSSL has not been used
-/// in this process yet. The plugin must stay mapped, since OpenSSL frees memory when the process
-/// ends.
+/// in this process yet, and prepares the calling thread for reports of failures. To be called in
+/// each thread that uses OpenSSL. The plugin must stay mapped, since OpenSSL frees memory when the
+/// process ends.
 void recordFailedAllocations();
 
 /// Throws std::bad_alloc if an allocation has failed since the last call, as far as recorded or

@@ -4,9 +4,12 @@
 #include <openssl/crypto.h>
 #include <openssl/err.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <cstdlib>
+#include <cstring>
+#include <functional>
 #include <new>
 
 namespace plugins {
@@ -15,24 +18,61 @@ namespace {
 
 std::atomic<bool> hasAllocationFailed = false;
 
-// A request for no bytes returns null and has not failed.
-void* recorded(void* aBlock, std::size_t aSize) {
-    if (aBlock == nullptr && aSize != 0) hasAllocationFailed = true;
-    return aBlock;
+// Memory for the state of a thread in which OpenSSL reports failures, if there is no other: OpenSSL
+// 3.6 allocates it for the first report, and without memory for it reports that without end. It is
+// never given back.
+constexpr std::size_t reserveSize = 16384;
+alignas(std::max_align_t) std::byte reserve[reserveSize];
+std::atomic<std::size_t> reserveUsed = 0;
+std::atomic<bool> usesReserve = false; // thread_local memory would have to be allocated
+
+// Null if the rest of the reserve is too small.
+void* takeReserve(std::size_t aSize) {
+    if (aSize > reserveSize) return nullptr;
+    constexpr std::size_t alignment = alignof(std::max_align_t);
+    const std::size_t size = (aSize + alignment - 1) / alignment * alignment;
+    std::size_t start = reserveUsed;
+    do {
+        if (size > reserveSize - start) return nullptr;
+    } while (!reserveUsed.compare_exchange_weak(start, start + size));
+    return reserve + start;
 }
 
+bool isInReserve(const void* aBlock) {
+    const auto* const block = static_cast<const std::byte*>(aBlock);
+    return !std::less<>()(block, reserve) && std::less<>()(block, reserve + reserveSize);
+}
+
+// A request for no bytes returns null and has not failed.
 void* allocate(std::size_t aSize, const char*, int) {
-    return recorded(aSize == 0 ? nullptr : std::malloc(aSize), aSize);
+    if (aSize == 0) return nullptr;
+    if (void* const block = std::malloc(aSize)) return block;
+    hasAllocationFailed = true;
+    return usesReserve ? takeReserve(aSize) : nullptr;
 }
 
 void release(void* aBlock, const char*, int) {
-    std::free(aBlock);
+    if (!isInReserve(aBlock)) std::free(aBlock);
+}
+
+// The size of a block in the reserve is not recorded; it ends before the reserve does.
+void* moveFromReserve(void* aBlock, std::size_t aSize) {
+    void* const block = allocate(aSize, nullptr, 0);
+    const auto rest =
+        static_cast<std::size_t>(reserve + reserveSize - static_cast<std::byte*>(aBlock));
+    if (block != nullptr) std::memmove(block, aBlock, std::min(aSize, rest));
+    return block;
 }
 
 void* reallocate(void* aBlock, std::size_t aSize, const char*, int) {
-    if (aSize != 0) return recorded(std::realloc(aBlock, aSize), aSize);
-    std::free(aBlock);
-    return nullptr;
+    if (aSize == 0) {
+        release(aBlock, nullptr, 0);
+        return nullptr;
+    }
+    if (isInReserve(aBlock)) return moveFromReserve(aBlock, aSize);
+    void* const block = std::realloc(aBlock, aSize);
+    if (block == nullptr) hasAllocationFailed = true;
+    return block;
 }
 
 bool isMemoryReported() {
@@ -44,6 +84,9 @@ bool isMemoryReported() {
 
 void recordFailedAllocations() {
     CRYPTO_set_mem_functions(allocate, reallocate, release);
+    usesReserve = true;
+    ERR_clear_error(); // creates the state of the thread
+    usesReserve = false;
 }
 
 void requireMemory() {
