@@ -69,6 +69,7 @@ with tempfile.TemporaryDirectory() as folder:
     (pathlib.Path("pin")).write_text("1234\n")
     os.chmod("pin", 0o600)
     os.environ["FAKE_CERTIFICATE"] = os.path.abspath("ec.der")
+    os.environ["P11_KIT_DEBUG"] = "conf"  # text on standard error whenever all registered modules are loaded
     rows = [{key: with_paths(value.decode()) for key, value in row.items()}
             for row in read_rows("certificate_token_plugin.txt")]
     if not RUNNER:
