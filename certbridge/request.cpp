@@ -19,7 +19,8 @@ constexpr const char* actionName = "action";
 void addElement(JsonTreeBuilder& aBuilder, const std::string& aName, const JsonValue& aValue) {
     aBuilder.beginObject();
     aBuilder.addString("name");
-    aBuilder.addString(aName.c_str()); // up to its first NUL
+    const char* const name = aName.c_str(); // ends at the first NUL
+    aBuilder.addString(name);
     aBuilder.addString("value");
     aBuilder.addCopy(aValue);
     aBuilder.end();

@@ -37,7 +37,7 @@ constexpr char separator = '\0'; // in no text of a result
 } // namespace
 
 std::string ChildResult::serialize() const {
-    std::string text(1, static_cast<char>('0' + outcome.kind));
+    const std::string text(1, static_cast<char>('0' + outcome.kind));
     return text + outputChange + separator + outcome.detail;
 }
 

@@ -47,9 +47,9 @@ constexpr const char* outcomeElements[] = {nullptr, "failure", "skipped", "error
 
 std::string makeTestCase(const std::string& aLibrary, const CheckResult& aResult) {
     const auto& [kind, detail] = aResult.outcome;
-    std::string text = "    <testcase" + attribute("classname", aLibrary) +
-                       attribute("name", aResult.check->id) +
-                       attribute("time", formatSeconds(aResult.duration));
+    const std::string text = "    <testcase" + attribute("classname", aLibrary) +
+                             attribute("name", aResult.check->id) +
+                             attribute("time", formatSeconds(aResult.duration));
     const char* const element = outcomeElements[kind];
     if (!element) return text + "/>\n";
     return text + ">\n      <" + element + attribute("message", detail) + "/>\n    </testcase>\n";

@@ -108,6 +108,7 @@ std::vector<std::string> Request::findTexts(const char* aName) const {
     if (value == nullptr) return {};
     checkType(aName, *value, JsonType::Array, expected);
     std::vector<std::string> texts;
+    texts.reserve(value->getSize());
     for (std::uint32_t i = 0; i < value->getSize(); ++i) {
         texts.push_back(textOf(aName, *value->getValueAt(i), expected));
     }

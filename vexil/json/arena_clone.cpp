@@ -58,7 +58,7 @@ public:
     /// of a class from outside the library.
     bool copyDescendants() {
         while (!mOpen.empty()) {
-            Children children = mOpen.back();
+            const Children children = mOpen.back();
             mOpen.pop_back();
             if (!copyChildren(children)) return false;
         }
