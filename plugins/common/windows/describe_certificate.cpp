@@ -169,9 +169,8 @@ CertificateHandle parseCertificate(Bytes aDer) {
                                                           static_cast<DWORD>(aDer.size())));
 }
 
-} // namespace
-
-Certificate describeCertificate(const CERT_CONTEXT& aCertificate) {
+// Without attributes: the system computes a key identifier for every certificate.
+Certificate describeContent(const CERT_CONTEXT& aCertificate) {
     const CERT_INFO& info = *aCertificate.pCertInfo;
     Certificate description;
     description.der.assign(aCertificate.pbCertEncoded,
@@ -184,6 +183,13 @@ Certificate describeCertificate(const CERT_CONTEXT& aCertificate) {
     description.sha256Fingerprint = fingerprintText(aCertificate);
     description.subjectAlternativeNames = alternativeNames(info);
     describePublicKey(description, info.SubjectPublicKeyInfo);
+    return description;
+}
+
+} // namespace
+
+Certificate describeCertificate(const CERT_CONTEXT& aCertificate) {
+    auto description = describeContent(aCertificate);
     describeAttributes(description, aCertificate);
     return description;
 }
@@ -195,7 +201,7 @@ Certificate describeCertificate(Bytes aDer) {
         throw Failure(ErrorCode::InvalidCertificate,
                       "the certificate cannot be decoded: " + errorText(GetLastError()));
     }
-    return describeCertificate(*certificate);
+    return describeContent(*certificate);
 }
 
 bool isIssuedBy(Bytes aCertificate, Bytes aIssuer) {
