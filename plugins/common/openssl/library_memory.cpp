@@ -18,9 +18,10 @@ namespace {
 
 std::atomic<bool> hasAllocationFailed = false;
 
-// Memory for the state of a thread in which OpenSSL reports failures, if there is no other: OpenSSL
-// 3.6 allocates it for the first report, and without memory for it reports that without end. It is
-// never given back.
+// Memory for the state of a thread, if there is no other. OpenSSL 3.6 allocates the state in which
+// it reports failures for the first report, and without memory for it reports that without end;
+// OpenSSL 3.2 and later abort without memory for the state of a thread's locks. It is never given
+// back.
 constexpr std::size_t reserveSize = 16384;
 alignas(std::max_align_t) std::byte reserve[reserveSize];
 std::atomic<std::size_t> reserveUsed = 0;
@@ -43,12 +44,18 @@ bool isInReserve(const void* aBlock) {
     return !std::less<>()(block, reserve) && std::less<>()(block, reserve + reserveSize);
 }
 
+// threads_pthread.c and threads_win.c of OpenSSL hold locks and their state in each thread. An
+// OpenSSL built without file names passes none.
+bool isForLock(const char* aFile) {
+    return aFile != nullptr && std::strstr(aFile, "threads_") != nullptr;
+}
+
 // A request for no bytes returns null and has not failed.
-void* allocate(std::size_t aSize, const char*, int) {
+void* allocate(std::size_t aSize, const char* aFile, int) {
     if (aSize == 0) return nullptr;
     if (void* const block = std::malloc(aSize)) return block;
     hasAllocationFailed = true;
-    return usesReserve ? takeReserve(aSize) : nullptr;
+    return usesReserve || isForLock(aFile) ? takeReserve(aSize) : nullptr;
 }
 
 void release(void* aBlock, const char*, int) {

@@ -7,7 +7,7 @@ import os, pathlib, sys, tempfile
 
 sys.path.append(str(pathlib.Path(__file__).parent.parent))
 from certificates import SELF_SIGNED, make
-from failing_allocations import COLD, fails_with_failing_allocations
+from failing_allocations import fails_with_failing_allocations
 from little_space import count_failures
 from servers import Servers, conversation, tls
 
@@ -23,7 +23,7 @@ with tempfile.TemporaryDirectory() as folder, Servers() as servers:
     server = {"host": "127.0.0.1", "port": servers.ports["tls"], "trustFile": "ec.pem"}
     # Label, state of the library, stride, members of the request.
     rows = [
-        ("first use of libssl", COLD, 197, server),
+        ("first use of libssl", "cold", 197, server),
         ("handshake", "warm", 97, server),
         ("lookup of the name", "warm", 331, {**server, "host": "localhost", "alpn": ["a"]}),
         ("plain start", "warm", 331, {**server, "port": servers.ports["postgres"], "startTls": "postgres"}),

@@ -7,7 +7,7 @@ import os, pathlib, sys, tempfile
 
 sys.path.append(str(pathlib.Path(__file__).parent.parent))
 from certificates import CERTIFICATES, make
-from failing_allocations import COLD, fails_with_failing_allocations
+from failing_allocations import fails_with_failing_allocations
 from little_space import count_failures
 
 FAILING_ALLOCATIONS, CERTBRIDGE, PLUGIN, FAKE_MODULE = (os.path.abspath(path) for path in sys.argv[1:5])
@@ -18,7 +18,7 @@ with tempfile.TemporaryDirectory() as folder:
     os.environ["FAKE_CERTIFICATE"] = os.path.abspath("ec.der")
     # Label, state of the library, stride, members of the request.
     rows = [
-        ("first use of libcrypto", COLD, 11, {"module": FAKE_MODULE}),
+        ("first use of libcrypto", "cold", 11, {"module": FAKE_MODULE}),
         ("search", "warm", 1, {"module": FAKE_MODULE, "label": "mine"}),
         ("missing certificate", "warm", 3, {"module": FAKE_MODULE, "label": "yours"}),
     ]
