@@ -4,6 +4,7 @@
 // selectors of plugins/common choose among its certificates.
 #include "certificate_file.h"
 
+#include "plugins/common/library_memory.h"
 #include "plugins/common/replying_plugin.h"
 #include "plugins/common/selection.h"
 
@@ -13,6 +14,7 @@ using namespace plugins;
 
 class CertificateFilePlugin final : public ReplyingPlugin {
     Members answer(Request& aRequest) override {
+        recordFailedAllocations();
         const auto fileName = aRequest.getText("file");
         const auto selectors = readSelectors(aRequest);
         const auto password = findSecret(aRequest, "password", "passwordFile").value_or(Secret());

@@ -5,7 +5,7 @@ Usage: allocation_faults_test.py FAILING_ALLOCATIONS CERTBRIDGE PLUGIN
 """
 import os, sys, tempfile
 from certificates import SELF_SIGNED, make
-from failing_allocations import COLD, fails_with_failing_allocations
+from failing_allocations import fails_with_failing_allocations
 from little_space import count_failures
 
 FAILING_ALLOCATIONS, CERTBRIDGE, PLUGIN = (os.path.abspath(path) for path in sys.argv[1:4])
@@ -18,7 +18,7 @@ FILES = [
 ]
 # Label, state of the library, stride, members of the request.
 ROWS = [
-    ("first use of libcrypto", COLD, 13, {"file": "ed.pem"}),
+    ("first use of libcrypto", "cold", 13, {"file": "ed.pem"}),
     ("PEM", "warm", 1, {"file": "ed.pem"}),
     ("list of a PKCS#7 file", "warm", 7, {"file": "both.p7b", "list": True, "subject": "S"}),
     ("PKCS#12", "warm", 11, {"file": "ed.p12", "password": "x"}),

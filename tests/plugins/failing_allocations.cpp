@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: MIT
 
-// failing_allocations PLUGIN cold|aborting|warm STRIDE REQUEST: asks the plugin with one allocation
+// failing_allocations PLUGIN cold|warm STRIDE REQUEST: asks the plugin with one allocation
 // of each STRIDE failing, first that one alone and then all from that one on, each in a separate
 // process. The reply must be the one given with enough memory or an error of code 6. "warm" asks
-// once before, so that the back end's library has been initialised. "aborting" permits the library
-// to abort the process while it is initialised. Prints the first wrong outcome.
+// once before, so that the back end's library has been initialised. Prints the first wrong outcome.
 #include <certbridge/plugin.h>
 
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -24,7 +22,6 @@ namespace {
 long allowedAllocations = -1; // negative: no limit
 bool failsOnce = false;
 bool hasFailed = false;
-bool mayAbort = false;
 
 bool mayAllocate() {
     if (allowedAllocations < 0 || allowedAllocations-- > 0) return true;
@@ -105,7 +102,6 @@ long failEach(Plugin& aPlugin, const char* aRequest, const std::string& aExpecte
             allowedAllocations = count;
             askWithFailure(aPlugin, aRequest, aExpected, aReport);
         });
-        if (mayAbort && WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT) continue;
         if (status != 0 || aReport.outcome == Outcome::Wrong) {
             std::printf("allocation %ld%s: wait status %d, reply %s\n", count,
                         failsOnce ? "" : " and all later ones", status, aReport.text);
@@ -126,7 +122,6 @@ int main(int, char** argv) {
         mmap(nullptr, sizeof(Report), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
     const long stride = std::atol(argv[3]);
     const char* const request = argv[4];
-    mayAbort = std::strcmp(argv[2], "aborting") == 0;
     if (std::strcmp(argv[2], "warm") == 0) ask(plugin, request);
     runInChild([&] { askWithFailure(plugin, request, "", report); });
     const std::string expected = report.text;
