@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include "free_memory.h"
+
 #include "plugins/certificate_token_plugin/module_library.h"
 #include "plugins/common/failure.h"
 
@@ -35,6 +37,7 @@ std::string toModulePath(const std::string& aName) {
 // The plugin stays loaded because it is linked so.
 CK_C_GetFunctionList loadModuleLibrary(const std::string& aPath) {
     checkFile(aPath);
+    requireFreeMemoryForModules();
     errno = 0;
     void* const library = dlopen(aPath.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr && errno == ENOMEM) throw std::bad_alloc();

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "free_memory.h"
 #include "module_configuration.h"
 
 #include "plugins/certificate_token_plugin/modules.h"
@@ -42,6 +43,7 @@ bool hasName(CK_FUNCTION_LIST* aModule, const std::string& aName) {
 // Loads the registered modules once in the process, since they stay loaded.
 CK_FUNCTION_LIST** registeredModules() {
     static CK_FUNCTION_LIST** const modules = [] {
+        requireFreeMemoryForModules();
         p11_kit_be_quiet();
         auto** const loaded = p11_kit_modules_load(nullptr, 0);
         if (loaded == nullptr) throw Failure(ErrorCode::BackEndFailed, takeMessage());

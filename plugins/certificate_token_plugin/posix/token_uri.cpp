@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "plugins/certificate_token_plugin/token_uri.h"
 
+#include "free_memory.h"
+
 #include "plugins/common/certificate_text.h"
 #include "plugins/common/failure.h"
 
@@ -12,6 +14,9 @@
 namespace plugins {
 
 namespace {
+
+// p11-kit's parser does not check each allocation; it copies the parts of the text.
+constexpr std::size_t memoryOfParser = 65536;
 
 [[noreturn]] void failUri(const char* aReason) {
     throw Failure(ErrorCode::InvalidRequest, std::string("member \"uri\" ") + aReason);
@@ -27,7 +32,9 @@ void TokenUri::FreeUri::operator()(p11_kit_uri* aUri) const {
     p11_kit_uri_free(aUri);
 }
 
-TokenUri::TokenUri(const std::string& aText) : mUri(p11_kit_uri_new()) {
+TokenUri::TokenUri(const std::string& aText) {
+    requireFreeMemory(memoryOfParser + 4 * aText.size());
+    mUri.reset(p11_kit_uri_new());
     if (mUri == nullptr) throw std::bad_alloc();
     const int result =
         p11_kit_uri_parse(aText.c_str(), P11_KIT_URI_FOR_OBJECT_ON_TOKEN, mUri.get());

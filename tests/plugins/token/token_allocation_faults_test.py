@@ -23,4 +23,6 @@ with tempfile.TemporaryDirectory() as folder:
         ("missing certificate", "warm", 3, {"module": FAKE_MODULE, "label": "yours"}),
     ]
     failures = sum(fails_with_failing_allocations(row, [FAILING_ALLOCATIONS, PLUGIN]) for row in rows)
-    sys.exit(failures + count_failures([CERTBRIDGE, PLUGIN], {"module": FAKE_MODULE}))
+    for members in ({"module": FAKE_MODULE}, {"uri": "pkcs11:?module-path=" + FAKE_MODULE}):
+        failures += count_failures([CERTBRIDGE, PLUGIN], members)
+    sys.exit(failures)
