@@ -7,14 +7,10 @@ Usage: document_commands.py [DOCUMENT...]
 scripts/in-debian runs them in a minimal Debian; the commands of other documents run in the tests.
 """
 
-import pathlib
 import re
 import sys
 
-ROOT = pathlib.Path(__file__).resolve().parents[1]
-sys.path.insert(0, str(ROOT / "tests/documents"))
-
-from documents import blocks, read  # noqa: E402
+from documents import blocks, read
 
 DOCUMENTS = ["README.md", "docs/install.md", "CONTRIBUTING.md", "docs/windows.md"]
 

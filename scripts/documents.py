@@ -5,7 +5,7 @@ import pathlib
 import re
 import typing
 
-SOURCE = pathlib.Path(__file__).resolve().parents[2]
+SOURCE = pathlib.Path(__file__).resolve().parents[1]
 
 FENCED_BLOCK = re.compile(r"^```(\w*)\n(.*?)^```$", re.DOTALL | re.MULTILINE)
 LINK = re.compile(r"\]\(([^)\s]+)\)")
