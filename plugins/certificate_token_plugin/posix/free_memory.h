@@ -6,8 +6,8 @@
 
 namespace plugins {
 
-/// Throws std::bad_alloc unless a block of aSize bytes can be allocated. For libraries that crash if
-/// memory runs out.
+/// Throws std::bad_alloc unless a block of aSize bytes can be allocated. For libraries that crash
+/// if memory runs out.
 inline void requireFreeMemory(std::size_t aSize) {
     void* const volatile block = ::operator new(aSize); // volatile: not optimised away
     ::operator delete(block);
