@@ -46,6 +46,16 @@ def links(text):
     return [target for target in found if not re.match(r"\w+:", target)]
 
 
+def broken_links(document):
+    """The links of a document whose target or heading does not exist."""
+    for link in links(document.read_text(encoding="utf-8")):
+        name, _, anchor = link.partition("#")
+        target = document.parent / name if name else document
+        if not target.exists() or (
+                anchor and anchor not in anchors(target.read_text(encoding="utf-8"))):
+            yield link
+
+
 def table(text, *header):
     """The rows of the only table whose header begins with these cells."""
     start = "| " + " | ".join(header) + " |"

@@ -1,0 +1,129 @@
+# SPDX-License-Identifier: MIT
+"""Compares the documents with the source tree.
+
+Usage: check_documents.py
+Reports each difference between a list in a document and the project, and each path, name in a command
+and link that leads nowhere. Reports each source file that does not name the licence. Exit status 1 if
+there are any.
+"""
+import json
+import re
+import subprocess
+import sys
+
+from documents import SOURCE, broken_links, code_spans, read, table, without_blocks
+
+DOCUMENTS = [*SOURCE.glob("*.md"), *SOURCE.glob("docs/*.md")]
+CLIENT_DOCUMENTS = [*SOURCE.glob("clients/*/*.md")]
+# Describes the commit that it names.
+COVERAGE_REPORT = SOURCE / "docs/coverage.md"
+SUFFIXES = {".c", ".cmake", ".cpp", ".go", ".h", ".js", ".py", ".rs", ".sh", ".ts"}
+
+
+def presets():
+    found = json.loads(read("CMakePresets.json"))["configurePresets"]
+    return {preset["name"] for preset in found if not preset.get("hidden")}
+
+
+def build_options():
+    return set(re.findall(r"^ *option\((\w+)", read("CMakeLists.txt"), re.MULTILINE))
+
+
+def public_headers():
+    return set(re.findall(r"(?:certbridge|vexil)/[\w/]+\.h", read("cmake/Install.cmake")))
+
+
+def fuzz_targets():
+    cmake = read("fuzz/CMakeLists.txt")
+    listed = " ".join(re.findall(r"foreach\(name ([^)]*)\)", cmake)).split()
+    return set(listed) | set(re.findall(r"^ *add_fuzz_target\((\w+)", cmake, re.MULTILINE))
+
+
+def is_generated(folder):
+    return folder.name == "build" or (folder / "CMakeCache.txt").exists()
+
+
+def folders():
+    """The folders of the sources: those at the top and the library's."""
+    found = [*SOURCE.iterdir(), *(SOURCE / "vexil").iterdir()]
+    return {
+        f"{path.relative_to(SOURCE)}/"
+        for path in found
+        if path.is_dir() and not is_generated(path) and not path.name.startswith(".")
+    }
+
+
+# Document, the header of a table whose first column lists names, and the names in the project.
+LISTS = [
+    ("docs/install.md", ["Preset"], presets),
+    ("docs/install.md", ["Option"], build_options),
+    ("docs/reference.md", ["Header"], public_headers),
+    ("docs/fuzzing.md", ["target", "property"], fuzz_targets),
+    ("docs/architecture.md", ["Folder", "Content"], folders),
+]
+
+# Kind of a name in commands, its pattern, and whether the name exists.
+NAMES = [
+    ("preset", r"--preset (\w+)", lambda name: name in presets()),
+    ("script", r"\bscripts/([\w-]+(?:\.\w+)?)", lambda name: (SOURCE / "scripts" / name).exists()),
+]
+
+
+def list_findings(document, text):
+    for name, header, find_names in LISTS:
+        if document != SOURCE / name:
+            continue
+        listed = {span for row in table(text, *header) for span in code_spans(row[0])}
+        names = find_names()
+        assert names, header
+        yield from (f"lists {name}, which does not exist" for name in sorted(listed - names))
+        yield from (f"does not list {name}" for name in sorted(names - listed))
+
+
+def name_findings(text):
+    for kind, pattern, exists in NAMES:
+        for name in re.findall(pattern, text):
+            if not exists(name):
+                yield f"there is no {kind} {name}"
+
+
+def path_findings(text):
+    tops = "|".join(path.name for path in SOURCE.iterdir() if path.is_dir() and path.name != "build")
+    for span in code_spans(without_blocks(text)):
+        if re.fullmatch(rf"({tops})/[\w./-]*", span) and not (SOURCE / span).exists():
+            yield f"there is no {span}"
+
+
+def licence_findings():
+    licence = re.match(r"(\w+) License", read("LICENSE"))[1]
+    names = subprocess.run(
+        ["git", "ls-files", "-co", "--exclude-standard"],
+        cwd=SOURCE, stdout=subprocess.PIPE, encoding="utf-8", check=True).stdout.splitlines()
+    sources = [SOURCE / name for name in names if (SOURCE / name).suffix in SUFFIXES]
+    assert sources
+    for path in filter(lambda path: path.is_file(), sources):
+        if f"SPDX-License-Identifier: {licence}\n" not in path.read_text(encoding="utf-8")[:200]:
+            yield f"{path.relative_to(SOURCE)}: does not name the licence"
+
+
+def document_findings(document):
+    text = document.read_text(encoding="utf-8")
+    yield from (f"{link} leads nowhere" for link in broken_links(document))
+    if document in CLIENT_DOCUMENTS:
+        return
+    yield from list_findings(document, text)
+    yield from name_findings(text)
+    if document != COVERAGE_REPORT:
+        yield from path_findings(text)
+
+
+def findings():
+    for document in sorted(DOCUMENTS + CLIENT_DOCUMENTS):
+        yield from (f"{document.relative_to(SOURCE)}: {text}" for text in document_findings(document))
+    yield from licence_findings()
+
+
+if __name__ == "__main__":
+    found = list(findings())
+    print("\n".join(found) or "The documents agree with the source tree.")
+    sys.exit(bool(found))
