@@ -2,6 +2,7 @@
 """Reads the tables in tests/data that consist of blocks of "key: value" lines."""
 
 import itertools
+import json
 import pathlib
 import re
 
@@ -42,3 +43,14 @@ def read_rows(name):
             rows += [dict(zip(values, row)) for row in itertools.product(*values.values())]
     assert rows, f"no rows in {name}"
     return rows
+
+
+def read_text_rows(name):
+    """The rows of a table, each a dictionary of texts."""
+    return [{key: value.decode() for key, value in row.items()} for row in read_rows(name)]
+
+
+def request_members(row):
+    """The members of the request in a row for the fixture plugin."""
+    texts = {key: row[key] for key in ("do", "locale", "response", "error", "text") if key in row}
+    return {**json.loads(row.get("members", "{}")), **texts}

@@ -10,6 +10,7 @@ import json
 import os
 import pathlib
 import re
+import shlex
 import shutil
 import subprocess
 import sys
@@ -18,8 +19,9 @@ import time
 import unittest
 import zipfile
 
-from confinement import CONDITIONS, skip_unless_possible, write_condition, write_program
-from named_tests import add_tests
+from confinement import skip_unless_possible, write_condition, write_program
+from named_tests import add_table
+from table import request_members
 
 KIND = sys.argv[1]
 PROGRAM, FIXTURE = (str(pathlib.Path(path).resolve()) for path in sys.argv[2:4])
@@ -34,73 +36,8 @@ DRIVERS = {
 }
 SKIPPED = 77
 
-RESPONSE = '{"response":[{"name":"subject","value":"CN=x"}]}'
-PLUGIN_ERROR = '{"error":[{"name":"errorCode","value":7},{"name":"erroMessage","value":"why"}]}'
+RESPONSE = {"response": '{"response":[]}'}
 LIMIT = 1000000
-
-# Members of the request, and the result or a regular expression for the error.
-BEHAVIOURS = {
-    "answers": ({"response": RESPONSE}, {"subject": "CN=x"}),
-    "prints_a_line_first": ({"do": "print", "response": RESPONSE}, {"subject": "CN=x"}),
-    "reports_an_error": ({"error": PLUGIN_ERROR}, "PluginError: plugin error 7: why"),
-    "sets_no_reply": ({"do": "nothing"}, "FatalError: fatal error 100: no output"),
-    "throws": ({"do": "throw"}, "NoAnswer: no answer: exit status 2"),
-    "exits_with_status_0": ({"do": "exit"}, "NoAnswer: no answer: exit status 0"),
-    "aborts": ({"locale": "no such locale"}, "NoAnswer: no answer: signal 6"),
-    "redirects_standard_output": ({"do": "close"}, "NoAnswer: no answer: exit status 0"),
-    "hangs": ({"do": "hang"}, "TimedOut: no answer within 1 seconds"),
-    "answers_too_much": ({"text": "x" * LIMIT}, f"NoAnswer: no answer: more than {LIMIT} bytes"),
-    "gets_a_lone_surrogate": ({"text": "\ud800"}, "FatalError: fatal error 102"),
-    "gets_an_action": ({"action": "getCertificate"}, '(ValueError|TypeError): "action" is set by'),
-    "gets_infinity": ({"number": float("inf")}, "(ValueError|TypeError): "),
-}
-
-# Leaves the process group before the program ends.
-ORPHAN = """setsid sh -c 'touch started; sleep 5' & until test -e started; do sleep 0.1; done
-echo '{"getCertificate":{}}'"""
-
-# Script that takes the role of the program, and the result or a regular expression for the error.
-PROGRAMS = {
-    "error_with_status_0": ("""echo '{"error":{}}'""", "NoAnswer: .*contradicts exit status 0"),
-    "result_with_status_2": ("""echo '{"getCertificate":{}}'; exit 2""", "NoAnswer: .*contradicts exit status 2"),
-    "result_and_error": ("""echo '{"getCertificate":{},"error":{}}'""", "NoAnswer: .*contradicts"),
-    "incomplete_fatal_error": ("""echo '{"error":[{"name":"errorCode"}]}'; exit 2""", "NoAnswer: .*malformed"),
-    "error_without_members": ("""echo '{"error":{}}'; exit 2""", "PluginError: plugin error (None|undefined)"),
-    "result_then_crash": ("""echo '{"getCertificate":{}}'; kill -9 $$""", "NoAnswer: no answer: signal 9"),
-    "incomplete_line": ("""printf '{"getCertificate":{}}'""", "NoAnswer: no answer: exit status 0"),
-    "malformed_line": ("""echo '{"getCertificate":{'""", "NoAnswer: .*malformed"),
-    "invalid_utf8": ("""printf '{"getCertificate":{"a":"\\377"}}\\n'""", "NoAnswer: .*malformed"),
-    "text_after_the_line": ("""echo '{"getCertificate":{}}'; echo bye""", {}),
-    "request_not_read": ("""exec 0<&-; echo '{"getCertificate":{}}'""", {}),
-    "child_holds_output": ("""sleep 60 & echo '{"getCertificate":{}}'""", {}),
-    "orphan_holds_output": (ORPHAN, "TimedOut: "),
-}
-
-# Name of the plugin, value of CERTBRIDGE_PROGRAM, and a regular expression for the error.
-MISSING = {
-    "program": (FIXTURE, "/no/such/program", "NotFound: CERTBRIDGE_PROGRAM does not name a program"),
-    "plugin": ("no_such_plugin", PROGRAM, "NotFound: no plugin folder contains no_such_plugin.so"),
-    "plugin_with_a_path": ("./missing.so", PROGRAM, "FatalError: .* LoadLibrary failed, error 126"),
-    "empty_name": ("", PROGRAM, "NotFound: the name of the plugin is empty"),
-    "name_too_long": ("/" + "x" * 200000, PROGRAM, "NotFound: cannot run"),
-}
-
-# Arguments, standard input, exit status and standard error of the command.
-COMMANDS = {
-    "help": (["--help"], "", 0, ""),
-    "result": ([FIXTURE], '{"a":1}', 0, ""),
-    "no_plugin": ([], "", 1, "required: PLUGIN"),
-    "request_is_a_list": ([FIXTURE], "[]", 1, "not a JSON object"),
-    "request_is_not_json": ([FIXTURE], "{", 1, "invalid request"),
-    "request_with_action": ([FIXTURE], '{"action":"getCertificate"}', 1, '"action" is set'),
-    "request_with_an_option": ([FIXTURE], '{"timeout":1}', 1, "cannot be named timeout"),
-    "plugin_error": ([FIXTURE], json.dumps({"error": PLUGIN_ERROR}), 2, "plugin error 7: why"),
-    "fatal_error": (["./missing.so"], "", 2, "fatal error 100"),
-    "crash": ([FIXTURE], '{"do":"throw"}', 3, "exit status 2"),
-    "answer_too_long": (["--max-answer", "9", FIXTURE], "", 3, "more than 9 bytes"),
-    "timeout": (["--timeout", "1", FIXTURE], '{"do":"hang"}', 124, "within 1 seconds"),
-    "unknown_plugin": (["no_such_plugin"], "", 127, "no plugin folder"),
-}
 
 
 class ClientTest(unittest.TestCase):
@@ -137,25 +74,18 @@ class ClientTest(unittest.TestCase):
         self.environment["CERTBRIDGE_PROGRAM"] = str(write_program(self.folder, text))
 
 
-class Behaviours(ClientTest):
-    def check_behaviour(self, members, expected):
-        self.expect(expected, members, timeout=1 if members.get("do") == "hang" else 20)
-
-
-class Programs(ClientTest):
-    def check_program(self, script, expected):
-        self.use_script(script)
-        self.expect(expected, timeout=2 if str(expected).startswith("TimedOut") else 20)
-
-
-class Missing(ClientTest):
-    def check_missing(self, plugin, program, expected):
-        self.environment["CERTBRIDGE_PROGRAM"] = program
-        self.expect(expected, plugin=plugin)
+class Calls(ClientTest):
+    def check_row(self, row):
+        expected = json.loads(row["result"]) if "result" in row else row["fails"]
+        if "script" in row:
+            self.use_script(row["script"])
+        elif "program" in row:
+            self.environment["CERTBRIDGE_PROGRAM"] = row["program"]
+        self.expect(expected, request_members(row), row.get("plugin", FIXTURE), timeout=int(row.get("timeout", 20)))
 
     def test_bare_name_is_looked_up_in_the_plugin_folder(self):
         self.environment["CERTBRIDGE_PLUGINS"] = str(pathlib.Path(FIXTURE).parent)
-        self.expect({"subject": "CN=x"}, {"response": RESPONSE}, plugin="fixture")
+        self.expect({}, RESPONSE, plugin="fixture")
 
 
 class Processes(ClientTest):
@@ -187,13 +117,13 @@ class Confined(ClientTest):
         super().setUp()
         skip_unless_possible(self, "prlimit")
 
-    def check_condition(self, condition, is_named):
-        program, secret = write_condition(self.folder, condition)
+    def check_condition(self, row):
+        program, files = write_condition(self.folder, row)
         self.environment["CERTBRIDGE_PROGRAM"] = str(program)
-        self.expect({}, confine={"files": [str(secret)] if is_named else []})
+        self.expect({}, confine={"files": files})
 
     def test_plugin_answers(self):
-        self.expect({"subject": "CN=x"}, {"response": RESPONSE}, confine={})
+        self.expect({}, RESPONSE, confine={})
 
     def test_crash_gives_no_answer(self):
         self.expect("NoAnswer: no answer: exit status 134", {"locale": "no such locale"}, confine={})
@@ -205,11 +135,12 @@ class Confined(ClientTest):
 class Commands(ClientTest):
     """The command, the syntax and the wheel of the Python module."""
 
-    def check_command(self, arguments, text, status, message):
-        run = self.run_command([sys.executable, "-Bm", "certbridge", *arguments], text)
-        self.assertEqual(run.returncode, status, run.stderr)
-        self.assertEqual(bool(run.stdout), status == 0)
-        self.assertIn(message, run.stderr)
+    def check_row(self, row):
+        arguments = shlex.split(row["args"].replace("FIXTURE", FIXTURE))
+        run = self.run_command([sys.executable, "-Bm", "certbridge", *arguments], row.get("input", ""))
+        self.assertEqual(run.returncode, int(row["status"]), run.stderr)
+        self.assertEqual(bool(run.stdout), run.returncode == 0)
+        self.assertIn(row.get("prints", ""), run.stderr)
 
     def test_standard_output_is_full(self):
         run = self.run_command(["sh", "-c", f"{sys.executable} -Bm certbridge {FIXTURE} > /dev/full"], "{}")
@@ -263,11 +194,9 @@ class Package(ClientTest):
 if not shutil.which(DRIVERS[KIND][0]):
     print(f"skipped: {DRIVERS[KIND][0]} is not installed")
     sys.exit(SKIPPED)
-add_tests(Behaviours, "check_behaviour", BEHAVIOURS)
-add_tests(Programs, "check_program", PROGRAMS)
-add_tests(Missing, "check_missing", MISSING)
-add_tests(Confined, "check_condition", CONDITIONS)
-add_tests(Commands, "check_command", COMMANDS)
+add_table(Calls, "check_row", "clients.txt")
+add_table(Confined, "check_condition", "confinement.txt")
+add_table(Commands, "check_row", "client_command.txt")
 if KIND != "python":
     del Commands
 if KIND != "node":

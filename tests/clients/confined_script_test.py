@@ -12,8 +12,8 @@ import sys
 import tempfile
 import unittest
 
-from confinement import CONDITIONS, skip_unless_possible, write_condition
-from named_tests import add_tests
+from confinement import skip_unless_possible, write_condition
+from named_tests import add_table, add_tests
 
 PROGRAM, FIXTURE = (pathlib.Path(path).resolve() for path in sys.argv[1:3])
 SECURITY = (pathlib.Path(__file__).resolve().parents[2] / "SECURITY.md").read_text(encoding="utf-8")
@@ -45,9 +45,9 @@ class Prlimit(unittest.TestCase):
             encoding="utf-8",
         )
 
-    def check_condition(self, condition, is_named):
-        program, secret = write_condition(self.folder, condition)
-        run = self.run_script(program, [], files=[secret] if is_named else [])
+    def check_condition(self, row):
+        program, files = write_condition(self.folder, row)
+        run = self.run_script(program, [], files)
         self.assertEqual((run.returncode, run.stdout), (0, '{"getCertificate":{}}\n'), run.stderr)
 
     def check_request(self, members, status, output):
@@ -71,6 +71,6 @@ class Systemd(Prlimit):
         super().setUp()
 
 
-add_tests(Prlimit, "check_condition", CONDITIONS)
+add_table(Prlimit, "check_condition", "confinement.txt")
 add_tests(Prlimit, "check_request", REQUESTS)
 unittest.main(argv=sys.argv[:1])
