@@ -6,8 +6,8 @@ Usage: check_test.py PROGRAM PLUGIN_FOLDER MINIMAL_PLUGIN features=FEATURE,... [
 import concurrent.futures, json, os, pathlib, pty, re, signal, subprocess, sys, tempfile, time
 import unittest
 
-sys.path.append(str(pathlib.Path(__file__).parent.parent))
-from table import read_rows
+from named_tests import add_table
+from table import read_text_rows
 
 PROGRAM, PLUGINS, MINIMAL = map(os.path.abspath, sys.argv[1:4])
 FEATURES, RUNNER = sys.argv[4].split("=")[1].split(","), sys.argv[5:]
@@ -115,11 +115,9 @@ class Process(unittest.TestCase):
                 self.assertEqual({"--" + option for option in found}, options)
 
 
-ROWS = [{key: value.decode() for key, value in row.items()} for row in read_rows("check.txt")]
-for row in ROWS:
-    setattr(Rows, "test_" + row["name"], lambda self, row=row: self.check_row(row))
+ROWS = read_text_rows("check.txt")
+add_table(Rows, "check_row", "check.txt")
 with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
     RESULTS = {row["name"]: pool.submit(run_row, row) for row in ROWS
                if row.get("needs", "posix") in FEATURES or "needs" not in row}
-    assert len(set(row["name"] for row in ROWS)) == len(ROWS), "two rows have the same name"
     unittest.main(argv=sys.argv[:1])

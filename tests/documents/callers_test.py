@@ -4,6 +4,7 @@
 Usage: callers_test.py BUILD_FOLDER CXX_COMPILER [FLAG...]
 """
 
+import json
 import os
 import pathlib
 import re
@@ -15,38 +16,17 @@ import unittest
 
 from documents import SOURCE, read
 from named_tests import add_tests
+from table import read_text_rows, request_members
 
 BUILD = pathlib.Path(sys.argv[1]).resolve()
 COMPILER = sys.argv[2:]
 PROTOCOL = read("docs/protocol.md")
 
-MINIMAL = BUILD / "minimal_plugin.so"
-FIXTURE = BUILD / "tests/fixtures/fixture.so"
-PLUGIN_ERROR = (
-    r'{\"error\":[{\"name\":\"errorCode\",\"value\":7},'
-    r'{\"name\":\"erroMessage\",\"value\":\"why\"}]}'
-)
-LONG_TEXT = "x" * 2000000
-
-PRINTING = r'"do":"print","response":"{\"response\":[{\"name\":\"subject\",\"value\":\"CN=x\"}]}"'
-
-# Plugin, members of the request, output and exit status of the caller.
-OUTCOMES = {
-    "result": (MINIMAL, r'"subject":"CN=Zo\u00eb"', "result: CN=Zoë", 0),
-    "long_result": (MINIMAL, f'"subject":"{LONG_TEXT}"', f"result: {LONG_TEXT}", 0),
-    "result_after_a_printed_line": (FIXTURE, PRINTING, "result: CN=x", 0),
-    "plugin_error": (FIXTURE, f'"error":"{PLUGIN_ERROR}"', "plugin error 7: why", 2),
-    "fatal_error": (
-        "./missing.so",
-        "",
-        "fatal error 100: cannot load DLL, LoadLibrary failed, error 126",
-        2,
-    ),
-    "exception": (FIXTURE, '"do":"throw"', "no answer: exit status 2", 3),
-    "exit_with_status_0": (FIXTURE, '"do":"exit"', "no answer: exit status 0", 3),
-    "abort": (FIXTURE, '"locale":"no such locale"', "no answer: (signal 6|exit status 134)", 3),
-    "time_out": (FIXTURE, '"do":"hang"', "no answer within 2 seconds", 124),
+PLUGINS = {
+    "MINIMAL": BUILD / "minimal_plugin.so",
+    "FIXTURE": BUILD / "tests/fixtures/fixture.so",
 }
+OUTCOMES = read_text_rows("callers.txt")
 
 # Command that runs the caller, and the commands that it needs.
 CALLERS = {
@@ -86,12 +66,14 @@ class Callers(unittest.TestCase):
         subprocess.run([*COMPILER, *options], check=True)
         return [program]
 
-    def run_caller(self, command, plugin, members, seconds, path):
+    def run_caller(self, command, row, path):
+        plugin = PLUGINS.get(row["plugin"], row["plugin"])
+        request = {"action": "getCertificate", **request_members(row)}
         environment = dict(os.environ, PATH=path, PYTHONPATH=str(SOURCE / "clients/python"))
         environment.pop("CERTBRIDGE_PROGRAM", None)
         return subprocess.run(
-            [*command, plugin, str(seconds)],
-            input="{%s}" % ",".join(filter(None, ['"action":"getCertificate"', members])),
+            [*command, plugin, row.get("seconds", "60")],
+            input=json.dumps(request),
             stdout=subprocess.PIPE,
             encoding="utf-8",
             cwd=self.folder,
@@ -101,15 +83,14 @@ class Callers(unittest.TestCase):
     def check_caller(self, name):
         command = self.prepare(name)
         path = f"{BUILD}:{os.environ['PATH']}"
-        for outcome, (plugin, members, output, status) in OUTCOMES.items():
-            with self.subTest(outcome):
-                seconds = 2 if outcome == "time_out" else 60
-                result = self.run_caller(command, plugin, members, seconds, path)
-                self.assertRegex(result.stdout, f"^{output}\n$")
-                self.assertEqual(result.returncode, status)
+        for row in OUTCOMES:
+            with self.subTest(row["name"]):
+                result = self.run_caller(command, row, path)
+                self.assertRegex(result.stdout, f"^{row['prints']}\n$")
+                self.assertEqual(result.returncode, int(row["status"]))
         if not shutil.which("certbridge"):
             with self.subTest("program_is_missing"):
-                result = self.run_caller(command, MINIMAL, "", 60, os.environ["PATH"])
+                result = self.run_caller(command, OUTCOMES[0], os.environ["PATH"])
                 self.assertRegex(result.stdout, "^certbridge is not installed")
                 self.assertEqual(result.returncode, 127)
 

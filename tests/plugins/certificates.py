@@ -1,9 +1,7 @@
 # SPDX-License-Identifier: MIT
 """Certificates made with the openssl command, and the check of a plugin's answers about them."""
-import json, pathlib, re, subprocess, sys, time
-
-sys.path.append(str(pathlib.Path(__file__).parent.parent))
-from table import read_rows
+import json, pathlib, re, subprocess, time
+from table import read_text_rows
 
 SELF_SIGNED = "openssl req -x509 -nodes -utf8 -keyout %s.key -out %s.pem -subj '%s' -newkey %s"
 CERTIFICATES = [
@@ -72,6 +70,5 @@ def row_fails(row, command, view=openssl_view):
 
 def check_rows(table, command, view=openssl_view, store=""):
     """Checks the rows of the table, in which STORE stands for a name; returns the number of failures."""
-    rows = [{key: value.decode().replace("STORE", store) for key, value in row.items()}
-            for row in read_rows(table)]
+    rows = [{key: value.replace("STORE", store) for key, value in row.items()} for row in read_text_rows(table)]
     return sum(row_fails(row, command, view) for row in rows)

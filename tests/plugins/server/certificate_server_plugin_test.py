@@ -4,8 +4,6 @@
 Usage: certificate_server_plugin_test.py CERTBRIDGE PLUGIN TEST_HOSTS CERTBRIDGE_CHECK
 """
 import json, os, pathlib, re, socket, ssl, subprocess, sys, tempfile
-
-sys.path.append(str(pathlib.Path(__file__).parent.parent))
 from certificates import SELF_SIGNED, make, openssl_view, row_fails
 from servers import Servers, bytewise, conversation, drip, relay, reset, tls, wait_for_close
 from table import read_rows

@@ -4,10 +4,8 @@
 Usage: certificate_token_plugin_test.py CERTBRIDGE PLUGIN FAKE_MODULE OTHER_LIBRARY CERTBRIDGE_CHECK [RUNNER]
 """
 import os, pathlib, shutil, subprocess, sys, tempfile
-
-sys.path.append(str(pathlib.Path(__file__).parent.parent))
 from certificates import CERTIFICATES, make, row_fails
-from table import read_rows
+from table import read_text_rows
 
 CERTBRIDGE, PLUGIN, FAKE_MODULE, OTHER_LIBRARY, CERTBRIDGE_CHECK, *RUNNER = map(os.path.abspath, sys.argv[1:])
 FEATURES = {"", "windows" if RUNNER else "p11-kit"}
@@ -70,8 +68,8 @@ with tempfile.TemporaryDirectory() as folder:
     os.chmod("pin", 0o600)
     os.environ["FAKE_CERTIFICATE"] = os.path.abspath("ec.der")
     os.environ["P11_KIT_DEBUG"] = "conf"  # text on standard error whenever all registered modules are loaded
-    rows = [{key: with_paths(value.decode()) for key, value in row.items()}
-            for row in read_rows("certificate_token_plugin.txt")]
+    rows = [{key: with_paths(value) for key, value in row.items()}
+            for row in read_text_rows("certificate_token_plugin.txt")]
     if not RUNNER:
         prepare_tokens()
     failures = [row for row in rows if row.pop("needs", "") in FEATURES and run_row(row)]

@@ -3,9 +3,7 @@
 
 Usage: token_allocation_faults_test.py FAILING_ALLOCATIONS CERTBRIDGE PLUGIN FAKE_MODULE
 """
-import os, pathlib, sys, tempfile
-
-sys.path.append(str(pathlib.Path(__file__).parent.parent))
+import os, sys, tempfile
 from certificates import CERTIFICATES, make
 from failing_allocations import fails_with_failing_allocations
 from little_space import count_failures
