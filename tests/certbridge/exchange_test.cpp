@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "certbridge/exchange.h"
 #include "tests/certbridge/recording_port.h"
+#include "tests/table.h"
 #include "tests/vexil/json/json_helpers.h"
 
 #include <gmock/gmock.h>
@@ -18,17 +19,12 @@ TEST(CertificateExchange, UnloadsTheLibraryBeforeItReturns) {
     EXPECT_TRUE(std::filesystem::remove("fixture_was_unloaded"));
 }
 
-struct RoundingPlugin {
-    const char* name;
-    const char* outcome; ///< the printed document or the message of the failure
-};
-
-class PluginsThatRoundUpward : public testing::TestWithParam<RoundingPlugin> {};
+class PluginsThatRoundUpward : public TableTest {};
 
 TEST_P(PluginsThatRoundUpward, LeaveThePortInTheDefaultMode) {
-    const auto& row = GetParam();
+    const Columns& row = GetParam().columns;
     const auto folder = std::filesystem::path(FIXTURE_PLUGIN).parent_path();
-    const auto file = row.name + std::filesystem::path(FIXTURE_PLUGIN).extension().string();
+    const auto file = row[0] + std::filesystem::path(FIXTURE_PLUGIN).extension().string();
     RecordingPort port;
     try {
         performGetCertificate(port, *parseText(R"({"response":"{\"response\":[]}"})"),
@@ -36,15 +32,9 @@ TEST_P(PluginsThatRoundUpward, LeaveThePortInTheDefaultMode) {
     } catch (const std::logic_error& e) {
         port.printed = e.what();
     }
-    EXPECT_EQ(port.printed, row.outcome);
+    EXPECT_EQ(port.printed, row[1]);
     EXPECT_EQ(port.rounding, FE_TONEAREST);
     std::fesetround(FE_TONEAREST);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Plugins, PluginsThatRoundUpward,
-    testing::Values(RoundingPlugin{"no_export", "cannot get DLL's GetPlugin function"},
-                    RoundingPlugin{"no_object", "no plugin object from DLL's GetPlugin function"},
-                    RoundingPlugin{"type_0", "wrong plugin type"},
-                    RoundingPlugin{"rounds_upward", R"({"getCertificate":{}})"}),
-    [](const auto& aRow) { return std::string(aRow.param.name); });
+INSTANTIATE_TABLE(PluginsThatRoundUpward, "rounding_plugins.txt", 2);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "check/random_request.h"
 #include "check/request_shrinker.h"
+#include "tests/table.h"
 #include "tests/vexil/json/json_helpers.h"
 
 #include <gtest/gtest.h>
@@ -14,42 +15,17 @@ TEST(RandomRequest, DependsOnSeedAndNumberOnly) {
               "{\"value\":0,\"format\":\"nullnull\\\\\\u0001\x7F\",\"error\":-1,\"\":255}");
 }
 
-struct FailingRequest {
-    const char* name;
-    const char* request;
-    const char* fault; ///< a request that contains it fails
-    const char* smallest;
-};
-
-void PrintTo(const FailingRequest& aRow, std::ostream* aStream) {
-    *aStream << aRow.request;
-}
-
-class RequestShrinker : public testing::TestWithParam<FailingRequest> {};
+class RequestShrinker : public TableTest {};
 
 TEST_P(RequestShrinker, FindsTheSmallestFailingRequest) {
-    const auto& row = GetParam();
+    const Columns& row = GetParam().columns;
     const auto fails = [&](const vexil::JsonValue& aRequest) {
-        return writeText(aRequest).find(row.fault) != std::string::npos;
+        return writeText(aRequest).find(row[1]) != std::string::npos;
     };
-    const auto smallest = shrinkRequest(*parseText(row.request), 100, fails);
-    EXPECT_EQ(writeText(*smallest), row.smallest);
+    EXPECT_EQ(writeText(*shrinkRequest(*parseText(row[0]), 100, fails)), row[2]);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, RequestShrinker,
-    testing::Values(FailingRequest{"Empty", "{}", "{", "{}"},
-                    FailingRequest{"OtherMembers", R"({"a":1,"b":2,"c":3})", "2", R"({"":2})"},
-                    FailingRequest{"Name", R"({"abcdef":[1]})", "cd", R"({"cd":null})"},
-                    FailingRequest{"BeginOfText", R"({"a":"bcdef"})", "b", R"({"":"b"})"},
-                    FailingRequest{"EndOfText", R"({"a":"bcdef"})", "f", R"({"":"f"})"},
-                    FailingRequest{"CharactersOfSeveralBytes", "{\"a\":\"\u6f22\u5b57x\"}",
-                                   "\u5b57", "{\"\":\"\u5b57\"}"},
-                    FailingRequest{"NestedValue", R"({"a":{"b":[1,[2,3],4]}})", "3",
-                                   R"({"":{"":[[3]]}})"},
-                    FailingRequest{"RepeatedNames", R"({"a":1,"a":2})", R"("a":1,"a":)",
-                                   R"({"a":1,"a":null})"}),
-    [](const auto& aRow) { return std::string(aRow.param.name); });
+INSTANTIATE_TABLE(RequestShrinker, "failing_requests.txt", 3);
 
 TEST(RequestShrinker, TestsEachSimplerRequestOnce) {
     const std::pair<const char*, const char*> faults[] = {

@@ -12,30 +12,14 @@ import sys
 import tempfile
 import unittest
 
+from documents import code_spans, read, table
 from transcripts import TRANSCRIPT, repeat
 
 SOURCE, BUILD = (pathlib.Path(path).resolve() for path in sys.argv[1:3])
 VERSION, COMPILER = sys.argv[3:5]
 CONSUMER = SOURCE / "tests/install/consumer"
 ANSWER = '{"getCertificate":{"names":["Zoë"]}}\n'
-PUBLIC_HEADERS = {
-    "certbridge/plugin.h",
-    "vexil/assert.h",
-    "vexil/dynamic_library.h",
-    "vexil/exceptions.h",
-    "vexil/export.h",
-    "vexil/format_to_memory.h",
-    "vexil/json/json_parser.h",
-    "vexil/json/json_tokenizer.h",
-    "vexil/json/json_value.h",
-    "vexil/json/json_writer.h",
-    "vexil/non_copyable.h",
-    "vexil/numbers/big_unsigned.h",
-    "vexil/numbers/decimal_conversion.h",
-    "vexil/numbers/powers_of_five.h",
-    "vexil/streams.h",
-    "vexil/unicode_strings.h",
-}
+PUBLIC_HEADERS = {name for row in table(read("docs/reference.md"), "Header") for name in code_spans(row[0])}
 INSTALLED_FILES = (
     "bin/certbridge",
     "bin/certbridge-check",

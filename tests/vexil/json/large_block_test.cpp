@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 
 // Tokens of more than 2 GiB in a 32-bit process, in which ptrdiff_t cannot hold their length.
+#include "tests/table.h"
 #include "vexil/exceptions.h"
 #include "vexil/json/json_tokenizer.h"
 #include "vexil/streams.h"
@@ -8,8 +9,6 @@
 #include <gmock/gmock.h>
 
 #include <cstdint>
-#include <cstring>
-#include <ostream>
 #include <stdexcept>
 #include <string>
 
@@ -52,20 +51,7 @@ private:
     char* mBegin = nullptr;
 };
 
-struct LargeToken {
-    const char* name;
-    const char* begin;
-    char filler;
-    const char* end;
-    const char*
-        result; ///< the name of the token, and "at end" if it takes the block, or the failure
-};
-
-void PrintTo(const LargeToken& aRow, std::ostream* aOut) {
-    *aOut << aRow.name;
-}
-
-class LargeTokens : public testing::TestWithParam<LargeToken> {};
+class LargeTokens : public TableTest {};
 
 std::string scanToken(MemoryInputStream& aStream) {
     JsonTokenizer tokenizer(aStream, 0);
@@ -81,26 +67,15 @@ std::string scanToken(MemoryInputStream& aStream) {
 }
 
 TEST_P(LargeTokens, AreScannedOrRefused) {
-    const LargeToken& row = GetParam();
-    const LargeBlock block(row.filler);
+    const Columns& row = GetParam().columns;
+    const LargeBlock block(row[1][0]);
     if (!block.getBegin()) GTEST_SKIP() << "not enough address space";
-    std::memcpy(block.getBegin(), row.begin, std::strlen(row.begin));
-    const std::size_t endSize = std::strlen(row.end);
-    std::memcpy(block.getBegin() + blockSize - endSize, row.end, endSize);
+    row[0].copy(block.getBegin(), row[0].size());
+    row[2].copy(block.getBegin() + blockSize - row[2].size(), row[2].size());
     MemoryInputStream stream(block.getBegin(), blockSize);
-    EXPECT_EQ(scanToken(stream), row.result);
+    EXPECT_EQ(scanToken(stream), row[3]);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, LargeTokens,
-    testing::Values(LargeToken{"UnclosedString", "\"", 'a', "", "length_error"},
-                    LargeToken{"UnclosedStringWithEscape", "\"\\n", 'a', "", "length_error"},
-                    LargeToken{"ClosedString", "\"", 'a', "\"",
-                               "UnicodeString32::alloc(): string too long"},
-                    LargeToken{"ControlCharacterAtTheEnd", "\"", 'a', "\n", "length_error"},
-                    LargeToken{"Word", "", 'a', "", "Invalid at end"},
-                    LargeToken{"Number", "", '1', "", "Invalid at end"},
-                    LargeToken{"StringAfterBlanks", "", ' ', "\"a\"", "String at end"}),
-    [](const auto& aRow) { return std::string(aRow.param.name); });
+INSTANTIATE_TABLE(LargeTokens, "large_tokens.txt", 4);
 
 } // namespace

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "tests/table.h"
 #include "vexil/platform/platform.h"
 
 #include <cstdlib>
@@ -21,39 +22,22 @@ struct ModuleCloser {
 };
 using ModuleHolder = std::unique_ptr<void, ModuleCloser>;
 
-struct SymbolKind {
-    const char* name;
-    const char* symbol;
-    bool isExported;
-};
-
-class OwnSymbols : public testing::TestWithParam<SymbolKind> {};
+class OwnSymbols : public TableTest {};
 
 TEST_P(OwnSymbols, AreFound) {
+    const Columns& row = GetParam().columns;
+    const bool isExported = row[1] == "exported";
     for (const char* const library : {SYMBOL_KINDS, SYMBOL_KINDS_SYSV}) {
         long error = 0;
         const ModuleHolder module(openModule(library, error));
         ASSERT_TRUE(module) << library << ": error " << error;
         error = 0;
-        EXPECT_EQ(findSymbol(module.get(), GetParam().symbol, error) != nullptr,
-                  GetParam().isExported);
-        EXPECT_EQ(error, GetParam().isExported ? 0 : errorSymbolNotFound);
+        EXPECT_EQ(findSymbol(module.get(), row[0].c_str(), error) != nullptr, isExported);
+        EXPECT_EQ(error, isExported ? 0 : errorSymbolNotFound);
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(, OwnSymbols,
-                         testing::Values(SymbolKind{"Function", "function", true},
-                                         SymbolKind{"WeakFunction", "weakFunction", true},
-                                         SymbolKind{"Variable", "variable", true},
-                                         SymbolKind{"ThreadLocalVariable", "threadVariable", true},
-                                         SymbolKind{"IndirectFunction", "indirectFunction", true},
-                                         SymbolKind{"UniqueVariable", "_ZZ14uniqueVariablevE5value",
-                                                    true},
-                                         SymbolKind{"FunctionOfADependency", "answer", false},
-                                         SymbolKind{"FunctionOfTheRuntime", "malloc", false},
-                                         SymbolKind{"UnknownName", "unknown", false},
-                                         SymbolKind{"EmptyName", "", false}),
-                         [](const auto& aRow) { return std::string(aRow.param.name); });
+INSTANTIATE_TABLE(OwnSymbols, "library_symbols.txt", 2);
 
 TEST(ModulePath, IsThatBeforeTheConstructorsRan) {
     const auto before = fs::current_path();
