@@ -53,13 +53,66 @@ def folders():
     }
 
 
-# Document, the header of a table whose first column lists names, and the names in the project.
+REQUEST_MEMBER = r'(?:get|find|take)\w+\((?:aRequest, |\s)*"(\w+)"(?:,\s*"(\w+)")?'
+ANSWER_MEMBER = r'\badd[A-Z]\w*\((?:\w+, |\s)*"(\w+)"'
+
+
+def plugin_members(pattern, common):
+    """The members in the sources of each plugin or in the common ones that it calls.
+
+    common maps functions of plugins/common to the source files with their members.
+    """
+    members = set()
+    for folder in (SOURCE / "plugins").glob("certificate_*_plugin"):
+        source = "".join(path.read_text(encoding="utf-8") for path in folder.glob("*.cpp"))
+        source += "".join(
+            read(f"plugins/common/{name}") for function, name in common if function + "(" in source
+        )
+        plugin = folder.name.split("_")[1]
+        for names in re.findall(pattern, source):
+            names = [names] if isinstance(names, str) else filter(None, names)
+            members |= {f"{plugin}: {name}" for name in names}
+    return members
+
+
+def plugin_request_members():
+    return plugin_members(REQUEST_MEMBER, [("readSelectors", "selection.cpp")])
+
+
+def plugin_answer_members():
+    return plugin_members(
+        ANSWER_MEMBER,
+        [
+            ("answerSelection", "selection.cpp"),
+            ("answerSelection", "certificate.cpp"),
+            ("addCertificate", "certificate.cpp"),
+        ],
+    )
+
+
+def listed_names(text, *header):
+    """The code spans in the first column of a table."""
+    return {span for row in table(text, *header) for span in code_spans(row[0])}
+
+
+def listed_members(text, header):
+    return {
+        f"{plugin}: {name}"
+        for names, plugins, _ in table(text, header, "Plugins", "Value")
+        for name in code_spans(names)
+        for plugin in plugins.split(", ")
+    }
+
+
+# Document, a function that finds the names listed in its text, its arguments, and the names in the project.
 LISTS = [
-    ("docs/install.md", ["Preset"], presets),
-    ("docs/install.md", ["Option"], build_options),
-    ("docs/reference.md", ["Header"], public_headers),
-    ("docs/fuzzing.md", ["target", "property"], fuzz_targets),
-    ("docs/architecture.md", ["Folder", "Content"], folders),
+    ("docs/install.md", listed_names, ["Preset"], presets),
+    ("docs/install.md", listed_names, ["Option"], build_options),
+    ("docs/reference.md", listed_names, ["Header"], public_headers),
+    ("docs/fuzzing.md", listed_names, ["target", "property"], fuzz_targets),
+    ("docs/architecture.md", listed_names, ["Folder", "Content"], folders),
+    ("docs/plugins.md", listed_members, ["Request member"], plugin_request_members),
+    ("docs/plugins.md", listed_members, ["Answer member"], plugin_answer_members),
 ]
 
 # Kind of a name in commands, its pattern, and whether the name exists.
@@ -70,11 +123,10 @@ NAMES = [
 
 
 def list_findings(document, text):
-    for name, header, find_names in LISTS:
+    for name, find_listed, header, find_names in LISTS:
         if document != SOURCE / name:
             continue
-        listed = {span for row in table(text, *header) for span in code_spans(row[0])}
-        names = find_names()
+        listed, names = find_listed(text, *header), find_names()
         assert names, header
         yield from (f"lists {name}, which does not exist" for name in sorted(listed - names))
         yield from (f"does not list {name}" for name in sorted(names - listed))

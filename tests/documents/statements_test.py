@@ -115,43 +115,6 @@ def plugin_error_codes():
     return set(re.findall(r"^    \w+ = (\d+),", read("plugins/common/failure.h"), re.MULTILINE))
 
 
-REQUEST_MEMBER = r'(?:get|find|take)\w+\((?:aRequest, |\s)*"(\w+)"(?:,\s*"(\w+)")?'
-ANSWER_MEMBER = r'\badd[A-Z]\w*\((?:\w+, |\s)*"(\w+)"'
-
-
-def plugin_members(pattern, common):
-    """Pairs of a plugin and a member in its sources or in the common ones that it calls.
-
-    common maps functions of plugins/common to the source files with their members.
-    """
-    pairs = set()
-    for folder in (SOURCE / "plugins").glob("certificate_*_plugin"):
-        source = "".join(path.read_text(encoding="utf-8") for path in folder.glob("*.cpp"))
-        source += "".join(
-            read(f"plugins/common/{name}") for function, name in common if function + "(" in source
-        )
-        plugin = folder.name.split("_")[1]
-        for names in re.findall(pattern, source):
-            names = [names] if isinstance(names, str) else filter(None, names)
-            pairs |= {(plugin, name) for name in names}
-    return pairs
-
-
-def plugin_request_members():
-    return plugin_members(REQUEST_MEMBER, [("readSelectors", "selection.cpp")])
-
-
-def plugin_answer_members():
-    return plugin_members(
-        ANSWER_MEMBER,
-        [
-            ("answerSelection", "selection.cpp"),
-            ("answerSelection", "certificate.cpp"),
-            ("addCertificate", "certificate.cpp"),
-        ],
-    )
-
-
 def plugin_libraries():
     cmake = read("plugins/CMakeLists.txt")
     found = re.findall(r"^ *(?:find_package|pkg_check_modules)\(([\w-]+)", cmake, re.MULTILINE)
@@ -165,16 +128,6 @@ def listed_libraries():
 
 
 # ---- The documents
-
-
-def documented_members(header):
-    """Pairs of a plugin and a member from a table of docs/plugins.md."""
-    return {
-        (plugin, name)
-        for names, plugins, _ in table(read("docs/plugins.md"), header, "Plugins", "Value")
-        for name in code_spans(names)
-        for plugin in plugins.split(", ")
-    }
 
 
 def column(text, *header):
@@ -239,14 +192,6 @@ STATEMENTS = {
     "checks_in_manual": (lambda: set(manual_tags(CHECK_MANUAL, "CHECKS")), checks),
     "check_options_in_manual": (documented_options, check_options),
     "libraries_in_bill_of_materials": (listed_libraries, plugin_libraries),
-    "request_members_of_plugins": (
-        lambda: documented_members("Request member"),
-        plugin_request_members,
-    ),
-    "answer_members_of_plugins": (
-        lambda: documented_members("Answer member"),
-        plugin_answer_members,
-    ),
     "error_codes_of_plugins": (
         lambda: {row[0] for row in table(read("docs/plugins.md"), "Code", "Meaning")},
         plugin_error_codes,
