@@ -6,6 +6,7 @@ Usage: check_test.py PROGRAM PLUGIN_FOLDER MINIMAL_PLUGIN features=FEATURE,... [
 import concurrent.futures, json, os, pathlib, pty, re, signal, subprocess, sys, tempfile, time
 import unittest
 
+from folder_test import FolderTest
 from named_tests import add_table
 from table import read_text_rows
 
@@ -70,41 +71,34 @@ class Rows(unittest.TestCase):
         self.assertRegex(result.stdout, row["prints"])
 
 
-class Process(unittest.TestCase):
-    @unittest.skipUnless("posix" in FEATURES, "needs posix")
+@unittest.skipUnless("posix" in FEATURES, "needs posix")
+class Process(FolderTest):
+    def setUp(self):
+        super().setUp()
+        self.request = self.folder / "request"
+        self.request.write_text('{"do":"hang"}')
+
     def test_ended_checker_leaves_no_child(self):
         for number in (signal.SIGTERM, signal.SIGKILL):
-            with self.subTest(number.name), tempfile.TemporaryDirectory() as folder:
-                request = pathlib.Path(folder, "request")
-                request.write_text('{"do":"hang"}')
-                command = [PROGRAM, "--include", "exit", "--request", request, "./rogue.so"]
+            with self.subTest(number.name):
+                command = [PROGRAM, "--include", "exit", "--request", self.request, "./rogue.so"]
                 checker = subprocess.Popen(command, cwd=PLUGINS, stdout=subprocess.DEVNULL)
                 children = pathlib.Path("/proc/{0}/task/{0}/children".format(checker.pid))
                 while not (found := children.read_text().split()):
                     time.sleep(0.01)
                 checker.send_signal(number)
                 checker.wait()
-                self.assertTrue(self.ends(found[0]))
+                self.expect_end(found[0])
 
-    def ends(self, process):
-        deadline = time.time() + 10
-        while time.time() < deadline:
-            stat = pathlib.Path("/proc", process, "stat")
-            if not stat.exists() or stat.read_text().rsplit(")")[1].split()[0] == "Z":
-                return True
-            time.sleep(0.01)
-        return False
-
-    @unittest.skipUnless("posix" in FEATURES, "needs posix")
     def test_progress_on_a_terminal(self):
         controller, terminal = pty.openpty()
-        with tempfile.TemporaryDirectory() as folder:
-            request = pathlib.Path(folder, "request")
-            request.write_text('{"do":"hang"}')
-            subprocess.run([PROGRAM, "--include=exit", "--timeout=2", "--request", request, "./fixture.so"],
-                           cwd=PLUGINS, stdout=terminal, env=dict(os.environ, TERM="xterm"))
+        options = ["--include=exit", "--timeout=2", "--request", self.request]
+        subprocess.run([PROGRAM, *options, "./fixture.so"], cwd=PLUGINS, stdout=terminal,
+                       env=dict(os.environ, TERM="xterm"))
         self.assertRegex(os.read(controller, 65536).decode(), r"\r\x1b\[K\.{4}  exit .*, 1 s\r\x1b\[K.*FAIL")
 
+
+class Help(unittest.TestCase):
     def test_completions(self):
         """The completions offer exactly the options of the program."""
         options = set(re.findall(r"--[a-z-]+", run("--help").stdout))

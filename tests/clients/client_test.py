@@ -14,12 +14,11 @@ import shlex
 import shutil
 import subprocess
 import sys
-import tempfile
-import time
 import unittest
 import zipfile
 
 from confinement import skip_unless_possible, write_condition, write_program
+from folder_test import FolderTest
 from named_tests import add_table
 from table import request_members
 
@@ -40,11 +39,9 @@ RESPONSE = {"response": '{"response":[]}'}
 LIMIT = 1000000
 
 
-class ClientTest(unittest.TestCase):
+class ClientTest(FolderTest):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = pathlib.Path(folder.name)
+        super().setUp()
         self.environment = {
             **os.environ,
             "CERTBRIDGE_PROGRAM": PROGRAM,
@@ -93,14 +90,7 @@ class Processes(ClientTest):
         child = self.folder / "child"
         self.use_script(f"sleep 60 & echo $! > {child}.new; mv {child}.new {child}; wait")
         self.expect(expected, **options)
-        self.wait_until_gone(child.read_text().strip())
-
-    def wait_until_gone(self, process):
-        stat = pathlib.Path(f"/proc/{process}/stat")
-        deadline = time.monotonic() + 10
-        while stat.exists() and stat.read_text().rpartition(")")[2].split()[0] != "Z":
-            self.assertLess(time.monotonic(), deadline, "the process still runs")
-            time.sleep(0.01)
+        self.expect_end(child.read_text().strip())
 
     def test_children_end_with_the_time_limit(self):
         self.expect_end_of_children("TimedOut: ", timeout=2)

@@ -9,10 +9,10 @@ import pathlib
 import re
 import subprocess
 import sys
-import tempfile
 import unittest
 
 from confinement import skip_unless_possible, write_condition
+from folder_test import FolderTest
 from named_tests import add_table, add_tests
 
 PROGRAM, FIXTURE = (pathlib.Path(path).resolve() for path in sys.argv[1:3])
@@ -26,14 +26,12 @@ REQUESTS = {
 }
 
 
-class Prlimit(unittest.TestCase):
+class Prlimit(FolderTest):
     LIMITS = "prlimit"
 
     def setUp(self):
         skip_unless_possible(self, "prlimit")
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = pathlib.Path(folder.name)
+        super().setUp()
 
     def run_script(self, program, members, files=(), seconds=20):
         path = f"{program.parent}:{os.environ['PATH']}"

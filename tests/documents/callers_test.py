@@ -11,10 +11,10 @@ import re
 import shutil
 import subprocess
 import sys
-import tempfile
 import unittest
 
 from documents import SOURCE, read
+from folder_test import FolderTest
 from named_tests import add_tests
 from table import read_text_rows, request_members
 
@@ -41,12 +41,7 @@ def source_of(name):
     return re.search(rf"`{re.escape(name)}`:\n\n```\w+\n(.*?)^```", PROTOCOL, re.DOTALL | re.MULTILINE)[1]
 
 
-class Callers(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = pathlib.Path(folder.name)
-
+class Callers(FolderTest):
     def prepare(self, name):
         """Writes and, if necessary, compiles the caller. Returns the command that runs it."""
         interpreter, needed = CALLERS[name]

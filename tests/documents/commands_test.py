@@ -11,10 +11,10 @@ import os
 import pathlib
 import subprocess
 import sys
-import tempfile
 import unittest
 
 from documents import SOURCE, blocks, manual_examples, read
+from folder_test import FolderTest
 from named_tests import add_tests
 from transcripts import repeat
 
@@ -67,20 +67,18 @@ def is_run(command):
     return not any(command.startswith(beginning) for beginning in NOT_RUN)
 
 
-class Commands(unittest.TestCase):
+class Commands(FolderTest):
     maxDiff = None
 
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.root = pathlib.Path(folder.name)
-        (self.root / "build").mkdir()
-        (self.root / "build/release").symlink_to(BUILD)
+        super().setUp()
+        (self.folder / "build").mkdir()
+        (self.folder / "build/release").symlink_to(BUILD)
         for name in ("examples", "certbridge"):
-            (self.root / name).symlink_to(SOURCE / name)
+            (self.folder / name).symlink_to(SOURCE / name)
         self.options = {
-            "cwd": self.root,
-            "env": dict(os.environ, HOME=folder.name, PATH=f"{BUILD}:{os.environ['PATH']}"),
+            "cwd": self.folder,
+            "env": dict(os.environ, HOME=str(self.folder), PATH=f"{BUILD}:{os.environ['PATH']}"),
         }
 
     def run_script(self, commands, stdin=""):
@@ -104,9 +102,9 @@ class Commands(unittest.TestCase):
                     self.run_script(filter(is_run, lines_of(block)))
 
     def check_manual_example(self, page, position, stdin, last_line):
-        (self.root / "a.pem").symlink_to(SOURCE / "examples/sample.pem")
-        (self.root / "certificate_file_plugin.so").symlink_to(BUILD / "certificate_file_plugin.so")
-        (self.root / "plugin.so").symlink_to(BUILD / "minimal_plugin.so")
+        (self.folder / "a.pem").symlink_to(SOURCE / "examples/sample.pem")
+        (self.folder / "certificate_file_plugin.so").symlink_to(BUILD / "certificate_file_plugin.so")
+        (self.folder / "plugin.so").symlink_to(BUILD / "minimal_plugin.so")
         example = manual_examples(read(page))[position]
         if IS_SANITIZED and "--low-memory" in example:
             self.skipTest("the address sanitizer reserves more memory than the limit")

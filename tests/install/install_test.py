@@ -9,10 +9,10 @@ import re
 import shutil
 import subprocess
 import sys
-import tempfile
 import unittest
 
 from documents import code_spans, read, table
+from folder_test import FolderTest
 from transcripts import TRANSCRIPT, repeat
 
 SOURCE, BUILD = (pathlib.Path(path).resolve() for path in sys.argv[1:3])
@@ -46,12 +46,7 @@ def configure_and_build(source, build, *options):
     run("cmake", "--build", build)
 
 
-class InTemporaryFolder(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = pathlib.Path(folder.name)
-
+class ConsumerTest(FolderTest):
     def check_consumer(self, *options):
         """Builds the consumer, whose program and plugin exchange a request with certbridge."""
         build = self.folder / "consumer"
@@ -60,7 +55,7 @@ class InTemporaryFolder(unittest.TestCase):
         return build
 
 
-class Installed(InTemporaryFolder):
+class Installed(ConsumerTest):
     def install(self, build, prefix):
         run("cmake", "--install", build, "--prefix", prefix)
         return prefix
@@ -114,7 +109,7 @@ class Installed(InTemporaryFolder):
         self.assertEqual(run(program), '{"action":"getCertificate","names":["Zoë"]}')
 
 
-class Embedded(InTemporaryFolder):
+class Embedded(ConsumerTest):
     def test_add_subdirectory(self):
         self.check_consumer("-DADD_SUBDIRECTORY=%s" % SOURCE)
 
