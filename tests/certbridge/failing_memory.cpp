@@ -63,6 +63,10 @@ void* operator new(std::size_t aSize) {
     if (void* const block = std::malloc(aSize + 1)) return block;
     throw std::bad_alloc();
 }
+// The standard library's allocates with malloc as well, but not the address sanitizer's.
+void* operator new(std::size_t aSize, const std::nothrow_t&) noexcept {
+    return std::malloc(aSize + 1);
+}
 void operator delete(void* aBlock) noexcept {
     std::free(aBlock);
 }
