@@ -2,16 +2,16 @@
 """Compares the documents with the source tree.
 
 Usage: check_documents.py
-Reports each difference between a list in a document and the project, and each path, name in a command
-and link that leads nowhere. Reports each source file that does not name the licence. Exit status 1 if
-there are any.
+Reports each difference between a list in a document and the project; each path, name in a command and
+link that leads nowhere; each public class without an example; and each source file that does not name the
+licence. Exit status 1 if there are any.
 """
 import json
 import re
 import subprocess
 import sys
 
-from documents import SOURCE, broken_links, code_spans, read, table, without_blocks
+from documents import SOURCE, blocks, broken_links, code_spans, read, table, without_blocks
 
 DOCUMENTS = [*SOURCE.glob("*.md"), *SOURCE.glob("docs/*.md")]
 CLIENT_DOCUMENTS = [*SOURCE.glob("clients/*/*.md")]
@@ -122,6 +122,17 @@ NAMES = [
 ]
 
 
+def example_findings():
+    """The classes in the public headers that a program uses by name, and that no example shows."""
+    document = "docs/reference.md"
+    headers = "".join(read(name) for name in public_headers() if name.startswith("vexil/"))
+    classes = re.findall(r"^class VEXIL_API (\w+)|^struct (BigUnsigned)", headers, re.MULTILINE)
+    names = {name for pair in classes for name in pair if name} - {"UnicodeStringBase", "UnicodeStringOf"}
+    examples = "".join(block.text for block in blocks(read(document)) if block.language == "cpp")
+    for name in sorted(names - set(re.findall(r"\w+", examples))):
+        yield f"{document}: has no example of {name}"
+
+
 def list_findings(document, text):
     for name, find_listed, header, find_names in LISTS:
         if document != SOURCE / name:
@@ -172,6 +183,7 @@ def document_findings(document):
 def findings():
     for document in sorted(DOCUMENTS + CLIENT_DOCUMENTS):
         yield from (f"{document.relative_to(SOURCE)}: {text}" for text in document_findings(document))
+    yield from example_findings()
     yield from licence_findings()
 
 

@@ -46,7 +46,11 @@ def row_fails(row, command, view=openssl_view):
     pem     a file with the same certificate, of which openssl shows more members
     error   the members of the error document instead
     code    the code of the error document instead, whose message depends on the version of a library
+    make    instead of a request: a command that makes files for the rows below
     """
+    if "make" in row:
+        make([row["make"]])
+        return False
     request = '{"action":"getCertificate",%s}' % row["ask"]
     run = subprocess.run(command, input=request.encode(), capture_output=True)
     actual = json.loads(run.stdout.decode() or "null")
@@ -69,15 +73,6 @@ def row_fails(row, command, view=openssl_view):
 
 
 def check_rows(table, command, view=openssl_view, store=""):
-    """Checks the rows of the table, in which STORE stands for a name; returns the number of failures.
-
-    make    instead of a request: a command that makes files for the rows below
-    """
-    failures = 0
-    for row in read_text_rows(table):
-        if "make" in row:
-            make([row["make"]])
-        else:
-            row = {key: value.replace("STORE", store) for key, value in row.items()}
-            failures += row_fails(row, command, view)
-    return failures
+    """Checks the rows of the table, in which STORE stands for a name; returns the number of failures."""
+    rows = [{key: value.replace("STORE", store) for key, value in row.items()} for row in read_text_rows(table)]
+    return sum(row_fails(row, command, view) for row in rows)

@@ -4,7 +4,7 @@
 Usage: certificate_server_plugin_test.py CERTBRIDGE PLUGIN TEST_HOSTS CERTBRIDGE_CHECK
 """
 import json, os, pathlib, re, socket, ssl, subprocess, sys, tempfile
-from certificates import SELF_SIGNED, make, openssl_view, row_fails
+from certificates import SELF_SIGNED, make, row_fails
 from servers import Servers, bytewise, conversation, drip, relay, reset, tls, wait_for_close
 from table import read_rows
 
@@ -36,32 +36,7 @@ FILES = [
     SELF_SIGNED % ("self", "self", "/CN=self", EC) + " -addext subjectAltName=DNS:www.test",
     *(issued(f"link{i}", f"link{i - 1}" if i > 1 else "root", AUTHORITY) for i in range(1, 9)),
     issued("last", "link8"),
-    "for i in 8 7 6 5 4 3 2 1; do cat link$i.pem; done > links.pem; cat root.pem >> links.pem",
-    "printf 'V\\t350101000000Z\\t\\t%s\\tunknown\\t/CN=www\\n' "
-    "$(openssl x509 -in www.pem -noout -serial | cut -d= -f2) > index.txt",
-    "openssl ocsp -index index.txt -rsigner issuer.pem -rkey issuer.key -CA issuer.pem "
-    "-issuer issuer.pem -cert www.pem -respout ocsp.der",
-    "mkdir trusted untrusted; cp root.pem trusted; openssl rehash trusted",
-    "(cat root.pem; sed s/^MI/XX/ root.pem) > damaged.pem",
 ]
-WWW = "-cert www.pem -key www.key -cert_chain issuer.pem"
-RSA = "-cert rsa.pem -key rsa.key"
-OPENSSL_SERVERS = {
-    "www": f"{WWW} -alpn h2,http/1.1",
-    "two_names": f"{WWW} -servername two.test -cert2 two.pem -key2 two.key",
-    "nameless": "-cert nameless.pem -key nameless.key",
-    "client": "-cert client.pem -key client.key",
-    "weak": "-cert weak.pem -key weak.key -tls1 -cipher DEFAULT@SECLEVEL=0",
-    "expired": "-cert expired.pem -key expired.key",
-    "self": "-cert self.pem -key self.key",
-    "ten": "-cert last.pem -key last.key -cert_chain links.pem",
-    "ocsp": f"{WWW} -status_file ocsp.der",
-    "asking": f"{WWW} -verify 1",
-    "requiring": f"{WWW} -Verify 1",
-    "requiring_1_2": f"{WWW} -Verify 1 -tls1_2",
-    "requiring_rsa": f"{RSA} -Verify 1 -tls1_2 -cipher AES128-SHA256",
-    "anonymous": "-nocert -tls1_2 -cipher aNULL@SECLEVEL=0",
-}
 
 
 def has_ipv6():
@@ -78,8 +53,6 @@ def with_decrypt_error(data, offset):
 
 
 def start_servers(servers):
-    for name, arguments in OPENSSL_SERVERS.items():
-        servers.openssl(name, arguments)
     handshake = tls("rsa.pem", "rsa.key")
     servers.serve("tls_1_3", handshake)
     servers.serve("tls_1_2", tls("rsa.pem", "rsa.key", ssl.TLSVersion.TLSv1_2))
@@ -190,8 +163,16 @@ def count_wrong_outcomes(servers, name):
 with tempfile.TemporaryDirectory() as folder, Servers() as servers:
     os.chdir(folder)
     make(FILES)
-    checker = Checker(servers, start_servers(servers))
+    requests = []
     for row in read_rows("certificate_server_plugin.txt"):
+        if "make" in row:
+            make([row["make"].decode()])
+        elif "server" in row:
+            servers.openssl(row["server"].decode(), row["openssl"].decode())
+        else:
+            requests.append(row)
+    checker = Checker(servers, start_servers(servers))
+    for row in requests:
         if row.pop("needs", None) and not has_ipv6():
             print("SKIPPED without IPv6:", row)
             continue

@@ -10,23 +10,13 @@ from table import read_text_rows
 CERTBRIDGE, PLUGIN, FAKE_MODULE, OTHER_LIBRARY, CERTBRIDGE_CHECK, *RUNNER = map(os.path.abspath, sys.argv[1:])
 FEATURES = {"", "windows" if RUNNER else "p11-kit"}
 SOFTHSM = next(pathlib.Path("/usr/lib").rglob("libsofthsm2.so"), None)
-WRITE = "GNUTLS_PIN=1234 p11tool --provider SOFTHSM --batch --login --write 'pkcs11:token=card' --load-certificate "
-TOKENS = [  # "card" with a certificate, its issuer and one that only a login reveals; "other" without the issuer
-    "mkdir tokens; echo directories.tokendir = $PWD/tokens > softhsm.conf",
-    "for name in card other; do softhsm2-util --init-token --free --label $name --pin 1234 --so-pin 567890; done",
-    WRITE + "ec.pem --label leaf --id 01AB --no-mark-private",
-    WRITE + "rsa.pem --label root --id 02 --no-mark-private",
-    WRITE + "ed.pem --label hidden --id 03 --mark-private",
-    WRITE.replace("=card", "=other") + "ec.pem --label lonely --no-mark-private",
-]
 
 
-def prepare_tokens():
+def use_softhsm():
     if SOFTHSM is None or shutil.which("p11tool") is None:
         print("SKIPPED the rows of SoftHSM: install the packages softhsm2 and gnutls-bin")
         return
     os.environ["SOFTHSM2_CONF"] = os.path.abspath("softhsm.conf")
-    make([command.replace("SOFTHSM", str(SOFTHSM)) for command in TOKENS])
     FEATURES.add("softhsm")
 
 
@@ -71,6 +61,6 @@ with tempfile.TemporaryDirectory() as folder:
     rows = [{key: with_paths(value) for key, value in row.items()}
             for row in read_text_rows("certificate_token_plugin.txt")]
     if not RUNNER:
-        prepare_tokens()
+        use_softhsm()
     failures = [row for row in rows if row.pop("needs", "") in FEATURES and run_row(row)]
     sys.exit(len(failures) + fails_the_checker() + loads_another_module())
