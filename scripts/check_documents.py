@@ -4,7 +4,7 @@
 Usage: check_documents.py
 Reports each difference between a list in a document and the project; each path, name in a command and
 link that leads nowhere; each public class without an example; and each source file that does not name the
-licence. Exit status 1 if there are any.
+licence, if the tree is a repository. Exit status 1 if there are any.
 """
 import json
 import re
@@ -158,6 +158,8 @@ def path_findings(text):
 
 
 def licence_findings():
+    if not (SOURCE / ".git").exists():
+        return
     licence = re.match(r"(\w+) License", read("LICENSE"))[1]
     names = subprocess.run(
         ["git", "ls-files", "-co", "--exclude-standard"],
