@@ -23,4 +23,6 @@ with tempfile.TemporaryDirectory() as folder:
     failures = sum(fails_with_failing_allocations(row, [FAILING_ALLOCATIONS, PLUGIN]) for row in rows)
     for members in ({"module": FAKE_MODULE}, {"uri": "pkcs11:?module-path=" + FAKE_MODULE}):
         failures += count_failures([CERTBRIDGE, PLUGIN], members)
+    trust_store = {"token": "System Trust", "subject": "GlobalSign", "list": True}
+    failures += count_failures([CERTBRIDGE, PLUGIN], trust_store, ignored_count=0)
     sys.exit(failures)
